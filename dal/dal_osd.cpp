@@ -1,0 +1,3 @@
+#include "dal_osd.h"
+
+dal_Osd::dal_Osd() : QObject(nullptr) {}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "dal_export.h"
+
+#include <QObject>
+#include <QString>
+
+// The OSD text box's data-access class.
+class DAL_EXPORT dal_Osd : public QObject {
+    Q_OBJECT
+public:
+    dal_Osd();
+
+#define DAL_OP(ret, name, params) ret name params;
+#define DAL_STATIC(ret, name, params) static ret name params;
+#include "dal_osd.def"
+#undef DAL_OP
+#undef DAL_STATIC
+};

@@ -1,0 +1,162 @@
+#include "models.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <functional>
+#include <map>
+
+namespace {
+
+constexpr int kDefaultTimeout = 3000;
+constexpr int kCount = 4; // outputs, sources, layers, containers, scenes
+constexpr int kBoards = 2;
+constexpr int kBanks = 16;
+
+_LayerParam_Desktop defaultLayer(int scene, int layer) {
+    _LayerParam_Desktop p;
+    p.regionA = {layer * 100, layer * 50, 640, 360};
+    p.regionB = {layer * 100 + 10, layer * 50 + 10, 320, 180};
+    p.alpha = 0xFF;
+    p.order = layer;
+    p.containerIndex = layer;
+    p.groupNum = static_cast<unsigned char>(scene);
+    return p;
+}
+
+// A setter of one scalar member from JSON; false when the value has the wrong kind.
+template <class M>
+using FieldSetter = std::function<bool(M&, const QJsonValue&)>;
+
+template <class T>
+bool assign(T& field, const QJsonValue& v) {
+    if constexpr (std::is_same_v<T, bool>) {
+        if (!v.isBool())
+            return false;
+        field = v.toBool();
+    } else if constexpr (std::is_arithmetic_v<T>) {
+        if (!v.isDouble())
+            return false;
+        field = static_cast<T>(v.toDouble());
+    } else {
+        if (!v.isString())
+            return false;
+        field = v.toString();
+    }
+    return true;
+}
+
+#define FIELD(Model, member)                                                                       \
+    {                                                                                              \
+        #member, [](Model& m, const QJsonValue& v) { return assign(m.member, v); }                 \
+    }
+
+// The scalar members that --model may override, by record.
+const std::map<QString, FieldSetter<ModelTarsel>> kTarselFields = {
+    FIELD(ModelTarsel, timeout),
+    FIELD(ModelTarsel, maxOutputCount),
+    FIELD(ModelTarsel, maxSourceCount),
+    FIELD(ModelTarsel, maxOutPutBoardCount),
+    FIELD(ModelTarsel, maxLayerCount),
+    FIELD(ModelTarsel, maxInputBoardCount),
+    FIELD(ModelTarsel, maxContainerCount),
+};
+
+const std::map<QString, FieldSetter<ModelScene>> kSceneFields = {
+    FIELD(ModelScene, deviceType),    FIELD(ModelScene, timeout),
+    FIELD(ModelScene, maxLayerCount), FIELD(ModelScene, maxBankCount),
+    FIELD(ModelScene, maxContainerCount),
+};
+
+const std::map<QString, FieldSetter<ModelBankPlayer>> kBankPlayerFields = {};
+
+#undef FIELD
+
+template <class M>
+QString applyOne(const std::map<QString, FieldSetter<M>>& fields, M& model, const QString& key,
+                 const QJsonValue& value, bool& found) {
+    const auto it = fields.find(key);
+    if (it == fields.end())
+        return QString();
+    found = true;
+    return it->second(model, value) ? QString()
+                                    : QStringLiteral("model member %1 has a value of the wrong kind")
+                                          .arg(key);
+}
+
+template <class M>
+QString applyAll(const std::map<QString, FieldSetter<M>>& fields, M& model,
+                 const QJsonObject& values, const QString& record) {
+    for (auto it = values.begin(); it != values.end(); ++it) {
+        bool found = false;
+        const QString error = applyOne(fields, model, it.key(), it.value(), found);
+        if (!error.isEmpty())
+            return error;
+        if (!found)
+            return QStringLiteral("%1 has no member named %2").arg(record, it.key());
+    }
+    return QString();
+}
+
+} // namespace
+
+Models Models::defaults() {
+    Models m;
+    m.tarsel.timeout = kDefaultTimeout;
+    m.tarsel.maxOutputCount = kCount;
+    m.tarsel.maxSourceCount = kCount;
+    m.tarsel.maxOutPutBoardCount = kBoards;
+    m.tarsel.maxLayerCount = kCount;
+    m.tarsel.maxInputBoardCount = kBoards;
+    m.tarsel.maxContainerCount = kCount;
+
+    m.scene.timeout = kDefaultTimeout;
+    m.scene.maxLayerCount = kCount;
+    m.scene.maxBankCount = kBanks;
+    m.scene.maxContainerCount = kCount;
+    for (int s = 0; s < kCount; ++s) {
+        _Scene_Layer scene;
+        for (int l = 0; l < kCount; ++l)
+            scene.layerList.append(defaultLayer(s, l));
+        for (int b = 0; b < kBanks; ++b)
+            scene.bankValues[b] = static_cast<unsigned char>(b);
+        scene.backgroundIndex = static_cast<unsigned char>(s);
+        m.scene.sceneList.append(scene);
+    }
+    return m;
+}
+
+QString Models::override(const QByteArray& json) {
+    QJsonParseError parseError;
+    const QJsonDocument doc = QJsonDocument::fromJson(json, &parseError);
+    if (!doc.isObject())
+        return QStringLiteral("model file is not a JSON object: %1").arg(parseError.errorString());
+    const QJsonObject root = doc.object();
+    for (auto it = root.begin(); it != root.end(); ++it) {
+        QString error;
+        const bool recordClass = it.key() == QLatin1String("ModelTarsel") ||
+                                 it.key() == QLatin1String("ModelScene") ||
+                                 it.key() == QLatin1String("ModelBankPlayer");
+        if (recordClass && !it.value().isObject())
+            error = QStringLiteral("%1 must hold a JSON object").arg(it.key());
+        else if (it.key() == QLatin1String("ModelTarsel"))
+            error = applyAll(kTarselFields, tarsel, it.value().toObject(), it.key());
+        else if (it.key() == QLatin1String("ModelScene"))
+            error = applyAll(kSceneFields, scene, it.value().toObject(), it.key());
+        else if (it.key() == QLatin1String("ModelBankPlayer"))
+            error = applyAll(kBankPlayerFields, bankPlayer, it.value().toObject(), it.key());
+        else {
+            bool found = false;
+            error = applyOne(kTarselFields, tarsel, it.key(), it.value(), found);
+            if (error.isEmpty())
+                error = applyOne(kSceneFields, scene, it.key(), it.value(), found);
+            if (error.isEmpty())
+                error = applyOne(kBankPlayerFields, bankPlayer, it.key(), it.value(), found);
+            if (error.isEmpty() && !found)
+                error = QStringLiteral("no model record has a member named %1").arg(it.key());
+        }
+        if (!error.isEmpty())
+            return error;
+    }
+    return QString();
+}

@@ -1,0 +1,151 @@
+#include "records.h"
+
+#include <QJsonValue>
+
+#include <utility>
+
+namespace {
+
+const std::pair<const char*, int> kFamilies[] = {
+    {"native", 0x700000}, {"T9", 0x250300},   {"T3", 0x250400},   {"KR2", 0x250502},
+    {"NV", 0x2D0000},     {"H40", 0x900000},  {"H40B", 0x900001}, {"VM6S", 0x2C0104},
+    {"Cadex", 0x260000},  {"keyboard", 0x400000},
+};
+
+// Codes that share a family with the one the family name selects.
+const std::pair<int, const char*> kAliases[] = {
+    {0x250310, "T3"},     {0x2C0103, "VM6S"},   {0x230102, "Cadex"},  {0x230106, "Cadex"},
+    {0x230107, "Cadex"},  {0x250000, "Cadex"},  {0x260002, "Cadex"},  {0x2C0100, "Cadex"},
+    {0x2C0106, "Cadex"},  {0x2C0107, "Cadex"},  {0x2C0201, "native"}, {0x2C0202, "native"},
+};
+
+QString hexCode(int code) {
+    return QStringLiteral("0x") + QString::number(code, 16).toUpper().rightJustified(6, QLatin1Char('0'));
+}
+
+QString headHex(const model_Protocoldata& rec) {
+    return QString::fromLatin1(
+        QByteArray(reinterpret_cast<const char*>(rec.cmdHead), sizeof rec.cmdHead).toHex(' '));
+}
+
+} // namespace
+
+QString familyName(int deviceType) {
+    for (const auto& family : kFamilies)
+        if (family.second == deviceType)
+            return QString::fromLatin1(family.first);
+    for (const auto& alias : kAliases)
+        if (alias.first == deviceType)
+            return QString::fromLatin1(alias.second);
+    return QStringLiteral("native");
+}
+
+bool deviceTypeFromText(const QString& text, int& deviceType) {
+    for (const auto& family : kFamilies)
+        if (text.compare(QLatin1String(family.first), Qt::CaseInsensitive) == 0) {
+            deviceType = family.second;
+            return true;
+        }
+    bool ok = false;
+    const qlonglong code = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
+                               ? text.mid(2).toLongLong(&ok, 16)
+                               : text.toLongLong(&ok, 10);
+    if (!ok || code < 0 || code > 0x7FFFFFFF)
+        return false;
+    deviceType = static_cast<int>(code);
+    return true;
+}
+
+QString recordText(const model_Protocoldata& rec, int number) {
+    QString text = QStringLiteral("record %1: device %2 (%3), connect %4, dataType %5, msgCode %6, "
+                                  "status %7, timeout %8\n")
+                       .arg(number)
+                       .arg(hexCode(rec.deviceType), familyName(rec.deviceType))
+                       .arg(rec.connectType)
+                       .arg(rec.dataType)
+                       .arg(rec.msgCode)
+                       .arg(rec.statusByte)
+                       .arg(rec.timeout);
+    text += QStringLiteral("  head: %1\n").arg(headHex(rec));
+    if (!rec.strAux1.isEmpty())
+        text += QStringLiteral("  strAux1: \"%1\"\n").arg(rec.strAux1);
+    text += QStringLiteral("  Datablock: \"%1\"\n").arg(rec.Datablock);
+    text += QStringLiteral("  arryDatablock (%1 bytes): %2\n")
+                .arg(rec.arryDatablock.size())
+                .arg(QString::fromLatin1(rec.arryDatablock.toHex()));
+    return text;
+}
+
+QJsonObject recordJson(const model_Protocoldata& rec) {
+    return QJsonObject{
+        {QStringLiteral("deviceType"), hexCode(rec.deviceType)},
+        {QStringLiteral("family"), familyName(rec.deviceType)},
+        {QStringLiteral("connectType"), rec.connectType},
+        {QStringLiteral("dataType"), rec.dataType},
+        {QStringLiteral("msgCode"), rec.msgCode},
+        {QStringLiteral("statusByte"), rec.statusByte},
+        {QStringLiteral("timeout"), rec.timeout},
+        {QStringLiteral("head"), QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(
+                                                                    rec.cmdHead),
+                                                                sizeof rec.cmdHead)
+                                                         .toHex())},
+        {QStringLiteral("strAux1"), rec.strAux1},
+        {QStringLiteral("Datablock"), rec.Datablock},
+        {QStringLiteral("arryDatablock"), QString::fromLatin1(rec.arryDatablock.toHex())},
+        {QStringLiteral("length"), rec.arryDatablock.size()},
+    };
+}
+
+QString recordSummary(const model_Protocoldata& rec) {
+    constexpr int kShownBytes = 32;
+    QString bytes = QString::fromLatin1(rec.arryDatablock.left(kShownBytes).toHex());
+    if (rec.arryDatablock.size() > kShownBytes)
+        bytes += QStringLiteral("...");
+    return QStringLiteral("%1 [%2] \"%3\" (%4) %5")
+        .arg(hexCode(rec.deviceType), headHex(rec), rec.Datablock)
+        .arg(rec.arryDatablock.size())
+        .arg(bytes);
+}
+
+bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& error) {
+    rec = model_Protocoldata();
+    for (auto it = json.begin(); it != json.end(); ++it) {
+        const QString key = it.key();
+        const QJsonValue value = it.value();
+        if (key == QLatin1String("head")) {
+            const QByteArray head = QByteArray::fromHex(value.toString().toLatin1());
+            if (head.size() != int(sizeof rec.cmdHead)) {
+                error = QStringLiteral("record head must be 8 bytes of hex");
+                return false;
+            }
+            std::copy(head.begin(), head.end(), rec.cmdHead);
+        } else if (key == QLatin1String("deviceType")) {
+            if (!deviceTypeFromText(value.isString() ? value.toString()
+                                                     : QString::number(value.toInt()),
+                                    rec.deviceType)) {
+                error = QStringLiteral("record deviceType is not a device code");
+                return false;
+            }
+        } else if (key == QLatin1String("connectType")) {
+            rec.connectType = static_cast<unsigned char>(value.toInt());
+        } else if (key == QLatin1String("dataType")) {
+            rec.dataType = static_cast<unsigned char>(value.toInt());
+        } else if (key == QLatin1String("msgCode")) {
+            rec.msgCode = static_cast<unsigned short>(value.toInt());
+        } else if (key == QLatin1String("statusByte")) {
+            rec.statusByte = static_cast<unsigned char>(value.toInt());
+        } else if (key == QLatin1String("timeout")) {
+            rec.timeout = value.toInt();
+        } else if (key == QLatin1String("strAux1")) {
+            rec.strAux1 = value.toString();
+        } else if (key == QLatin1String("Datablock")) {
+            rec.Datablock = value.toString();
+        } else if (key == QLatin1String("arryDatablock")) {
+            rec.arryDatablock = QByteArray::fromHex(value.toString().toLatin1());
+        } else if (key != QLatin1String("family") && key != QLatin1String("length")) {
+            error = QStringLiteral("a record has no field named %1").arg(key);
+            return false;
+        }
+    }
+    return true;
+}

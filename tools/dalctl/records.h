@@ -1,0 +1,17 @@
+#pragma once
+
+#include "model_protocoldata.h"
+
+#include <QJsonObject>
+#include <QString>
+
+// The family name of a device-type code, as dalctl prints and accepts it.
+QString familyName(int deviceType);
+// Parses a family name or a device-type code (decimal or 0x-hex); false when it is neither.
+bool deviceTypeFromText(const QString& text, int& deviceType);
+
+QString recordText(const model_Protocoldata& rec, int number);
+QJsonObject recordJson(const model_Protocoldata& rec);
+// One line for comparing the same request across families.
+QString recordSummary(const model_Protocoldata& rec);
+bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& error);

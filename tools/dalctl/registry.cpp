@@ -1,0 +1,158 @@
+#include "registry.h"
+
+#include "dalTarsel.h"
+#include "dal_osd.h"
+#include "dal_pommet.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+
+using registry_detail::makeOperation;
+
+namespace {
+
+QVector<Operation> buildOperations() {
+    QVector<Operation> ops;
+#define DAL_OP(ret, name, params)                                                                  \
+    ops << makeOperation(CLASS_NAME, #name, #params,                                               \
+                         static_cast<ret (CLASS::*) params>(&CLASS::name));
+#define DAL_SEND(name, params, ...) DAL_OP(void, name, params)
+#define DAL_STATIC(ret, name, params)                                                              \
+    ops << makeOperation<CLASS>(CLASS_NAME, #name, #params,                                        \
+                                static_cast<ret(*) params>(&CLASS::name));
+
+#define CLASS DalTarsel
+#define CLASS_NAME "DalTarsel"
+#include "dalTarsel.def"
+#undef CLASS
+#undef CLASS_NAME
+
+#define CLASS Dal_Pommet
+#define CLASS_NAME "Dal_Pommet"
+#include "dal_pommet.def"
+#undef CLASS
+#undef CLASS_NAME
+
+#define CLASS dal_Osd
+#define CLASS_NAME "dal_Osd"
+#include "dal_osd.def"
+#undef CLASS
+#undef CLASS_NAME
+
+#undef DAL_OP
+#undef DAL_SEND
+#undef DAL_STATIC
+    return ops;
+}
+
+int editDistance(const QString& a, const QString& b) {
+    QVector<int> row(b.size() + 1);
+    for (int j = 0; j <= b.size(); ++j)
+        row[j] = j;
+    for (int i = 1; i <= a.size(); ++i) {
+        int diagonal = row[0];
+        row[0] = i;
+        for (int j = 1; j <= b.size(); ++j) {
+            const int above = row[j];
+            const int cost = a[i - 1].toLower() == b[j - 1].toLower() ? 0 : 1;
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + cost});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+} // namespace
+
+const QVector<Operation>& operations() {
+    static const QVector<Operation> ops = buildOperations();
+    return ops;
+}
+
+QVector<const Operation*> findOperations(const QString& name) {
+    QVector<const Operation*> found;
+    for (const Operation& op : operations())
+        if (op.name == name || op.qualifiedName() == name)
+            found << &op;
+    return found;
+}
+
+QStringList closestNames(const QString& name, int count) {
+    const QString bare = name.section(QStringLiteral("::"), -1);
+    QVector<QPair<int, QString>> ranked;
+    for (const Operation& op : operations()) {
+        int distance = editDistance(bare, op.name);
+        if (op.name.contains(bare, Qt::CaseInsensitive))
+            distance = std::min(distance, 1);
+        ranked << qMakePair(distance, op.qualifiedName());
+    }
+    std::sort(ranked.begin(), ranked.end());
+    QStringList names;
+    for (const auto& entry : ranked) {
+        if (names.size() == count || entry.first > std::max(3, int(bare.size()) / 3))
+            break;
+        if (!names.contains(entry.second))
+            names << entry.second;
+    }
+    return names;
+}
+
+namespace registry_detail {
+
+QString describeResult(int value) {
+    return QStringLiteral("%1 (0x%2)").arg(value).arg(QString::number(uint(value), 16));
+}
+QString describeResult(bool value) {
+    return value ? QStringLiteral("true") : QStringLiteral("false");
+}
+QString describeResult(const QByteArray& value) {
+    return QStringLiteral("%1 bytes: %2").arg(value.size()).arg(QString::fromLatin1(value.toHex()));
+}
+QString describeResult(const QString& value) { return QLatin1Char('"') + value + QLatin1Char('"'); }
+QString describeResult(const model_Protocoldata& value) { return QLatin1Char('\n') + recordText(value, 1); }
+
+QStringList splitParameters(const QString& params) {
+    QStringList parts;
+    const QString inner = params.mid(1, params.size() - 2).trimmed();
+    if (inner.isEmpty())
+        return parts;
+    int depth = 0;
+    QString current;
+    for (QChar c : inner) {
+        if (c == QLatin1Char('<') || c == QLatin1Char('('))
+            ++depth;
+        else if (c == QLatin1Char('>') || c == QLatin1Char(')'))
+            --depth;
+        if (c == QLatin1Char(',') && depth == 0) {
+            parts << current.trimmed();
+            current.clear();
+        } else {
+            current += c;
+        }
+    }
+    parts << current.trimmed();
+    return parts;
+}
+
+QStringList parameterNames(const QString& params) {
+    static const QRegularExpression trailingName(QStringLiteral("[A-Za-z_]\\w*$"));
+    QStringList names;
+    for (const QString& parameter : splitParameters(params)) {
+        const QRegularExpressionMatch m = trailingName.match(parameter);
+        const bool named = m.hasMatch() && m.capturedStart() > 0 &&
+                           !parameter.at(m.capturedStart() - 1).isLetterOrNumber();
+        names << (named && parameter.contains(QLatin1Char(' ')) ? m.captured() : parameter);
+    }
+    return names;
+}
+
+QString typeName(const QString& parameter) {
+    const QString name = parameterNames(QLatin1Char('(') + parameter + QLatin1Char(')')).value(0);
+    QString type = parameter;
+    if (name != parameter)
+        type.chop(name.size());
+    return type.trimmed();
+}
+
+} // namespace registry_detail

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "models.h"
+#include "model_protocoldata.h"
+
+#include <QString>
+#include <QStringList>
+#include <QTextStream>
+#include <QVector>
+
+#include <stdexcept>
+
+// A request that cannot be run as given; the text names the problem.
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+    QString usage; // the usage lines of the operation concerned, if any
+};
+
+// The device the stand-ins report while a request runs.
+struct DeviceSetting {
+    int deviceType = 0x700000;
+    int subType = 0;
+    int connectType = 0;
+};
+
+// What one request left on the queues, and what the operation returned.
+struct Outcome {
+    QVector<model_Protocoldata> records;
+    QString returned;
+};
+
+// Runs `call` (an operation name and its arguments, or "raw" and its arguments) against the
+// library with the device set as given and the link up. Throws UsageError on bad input.
+Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models models);
+
+// Prints the representative requests for every family.
+void printDemo(QTextStream& out);
