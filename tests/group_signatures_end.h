@@ -1,0 +1,3 @@
+#undef DAL_SEND
+#undef DAL_OP
+#undef DAL_STATIC
