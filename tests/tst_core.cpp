@@ -124,7 +124,8 @@ void tst_core::traceLine() {
     QFETCH(QString, expected);
     TraceCapture trace;
     DalTarsel().f_SendCmd(3000, 0x78, 0, 0xF4, 0x10, 1,
-                          block.isEmpty() ? nullptr : reinterpret_cast<unsigned char*>(block.data()),
+                          block.isEmpty() ? nullptr
+                                          : reinterpret_cast<unsigned char*>(block.data()),
                           block.size(), text);
     QCOMPARE(trace.lines(), QStringList{expected});
 }
@@ -252,7 +253,8 @@ void tst_core::resetOutPortFPGA() {
     const auto records = takeQueued();
     QCOMPARE(records.size(), 1);
     QCOMPARE(int(records[0].cmdHead[0]), address);
-    QCOMPARE(headOf(records[0]), QByteArray::fromHex("f402") + char(half) + QByteArray::fromHex("0100"));
+    QCOMPARE(headOf(records[0]),
+             QByteArray::fromHex("f402") + char(half) + QByteArray::fromHex("0100"));
 }
 
 void tst_core::queueHandOff() {
@@ -273,8 +275,8 @@ void tst_core::queueHandOff() {
 
 void tst_core::everyCoreOperationRegistered() {
     const QStringList ops = QStringList()
-#include "group_signatures_begin.h"
 #include "core.def"
+#include "group_signatures_begin.h"
 #include "group_signatures_end.h"
         ;
     verifyGroup(ops, QStringLiteral("core.txt"));

@@ -5,9 +5,9 @@
 // listed with DAL_OP are written out by hand below the list.
 #include "dalTarsel.h"
 
-#define DAL_SEND(name, params, timeout, cmd, dat1, dat2, dat3, dat4)                              \
+#define DAL_SEND(name, params, timeout, cmd, dat1, dat2, dat3, dat4)                               \
     void DalTarsel::name params {                                                                  \
-        f_SendCmd(timeout, cmd, dat1, dat2, dat3, dat4, nullptr, 0, QString());                   \
+        f_SendCmd(timeout, cmd, dat1, dat2, dat3, dat4, nullptr, 0, QString());                    \
     }
 #define DAL_OP(ret, name, params)
 #define DAL_STATIC(ret, name, params)

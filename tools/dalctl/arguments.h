@@ -44,9 +44,9 @@ template <class P>
 using ValueOf = std::remove_cv_t<std::remove_reference_t<P>>;
 
 template <class P>
-constexpr bool isOutScalar = std::is_lvalue_reference_v<P> &&
-                             !std::is_const_v<std::remove_reference_t<P>> &&
-                             std::is_arithmetic_v<ValueOf<P>>;
+constexpr bool isOutScalar =
+    std::is_lvalue_reference_v<P> && !std::is_const_v<std::remove_reference_t<P>> &&
+    std::is_arithmetic_v<ValueOf<P>>;
 
 template <class P>
 struct Holder<P, std::enable_if_t<std::is_arithmetic_v<ValueOf<P>> && !isOutScalar<P>>> {
@@ -59,13 +59,12 @@ struct Holder<P, std::enable_if_t<std::is_arithmetic_v<ValueOf<P>> && !isOutScal
         else if constexpr (std::is_floating_point_v<T>)
             value = static_cast<T>(parseDecimal(text));
         else
-            value = static_cast<T>(parseInteger(text, std::numeric_limits<T>::min(),
-                                                std::numeric_limits<T>::max()));
+            value = static_cast<T>(
+                parseInteger(text, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
     }
     T& get() { return value; }
     std::optional<long long> integer() const {
-        if constexpr (std::is_integral_v<T>)
-            return static_cast<long long>(value);
+        if constexpr (std::is_integral_v<T>) return static_cast<long long>(value);
         return std::nullopt;
     }
     std::optional<int> bufferSize() const { return std::nullopt; }
@@ -133,8 +132,7 @@ struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, QList<int>> ||
     : ValueHolder<ValueOf<P>> {
     void parse(const QString& text, Models&) {
         this->value.clear();
-        if (text.isEmpty())
-            return;
+        if (text.isEmpty()) return;
         for (const QString& item : text.split(QLatin1Char(',')))
             this->value.append(static_cast<int>(parseInteger(
                 item.trimmed(), std::numeric_limits<int>::min(), std::numeric_limits<int>::max())));

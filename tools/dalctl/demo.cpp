@@ -19,8 +19,7 @@ const DemoRequest kRequests[] = {
     {"layer write", {"raw", "0xF0", "0x20", "0", "3", "0", "010203"}},
 };
 
-const char* const kFamilies[] = {"native", "T9",  "T3",   "KR2",  "NV",
-                                 "H40",    "H40B", "VM6S", "Cadex"};
+const char* const kFamilies[] = {"native", "T9", "T3", "KR2", "NV", "H40", "H40B", "VM6S", "Cadex"};
 
 } // namespace
 
@@ -32,8 +31,7 @@ void printDemo(QTextStream& out) {
             deviceTypeFromText(QString::fromLatin1(family), device.deviceType);
             const Outcome outcome = runRequest(request.call, device, Models::defaults());
             const QString label = QString::fromLatin1(family).leftJustified(7);
-            if (outcome.records.isEmpty())
-                out << "  " << label << "(nothing queued)\n";
+            if (outcome.records.isEmpty()) out << "  " << label << "(nothing queued)\n";
             for (const model_Protocoldata& rec : outcome.records)
                 out << "  " << label << recordSummary(rec) << '\n';
         }

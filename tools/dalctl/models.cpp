@@ -31,16 +31,13 @@ using FieldSetter = std::function<bool(M&, const QJsonValue&)>;
 template <class T>
 bool assign(T& field, const QJsonValue& v) {
     if constexpr (std::is_same_v<T, bool>) {
-        if (!v.isBool())
-            return false;
+        if (!v.isBool()) return false;
         field = v.toBool();
     } else if constexpr (std::is_arithmetic_v<T>) {
-        if (!v.isDouble())
-            return false;
+        if (!v.isDouble()) return false;
         field = static_cast<T>(v.toDouble());
     } else {
-        if (!v.isString())
-            return false;
+        if (!v.isString()) return false;
         field = v.toString();
     }
     return true;
@@ -48,23 +45,20 @@ bool assign(T& field, const QJsonValue& v) {
 
 #define FIELD(Model, member)                                                                       \
     {                                                                                              \
-        #member, [](Model& m, const QJsonValue& v) { return assign(m.member, v); }                 \
+#member, [](Model & m, const QJsonValue& v) { return assign(m.member, v); }                \
     }
 
 // The scalar members that --model may override, by record.
 const std::map<QString, FieldSetter<ModelTarsel>> kTarselFields = {
-    FIELD(ModelTarsel, timeout),
-    FIELD(ModelTarsel, maxOutputCount),
-    FIELD(ModelTarsel, maxSourceCount),
-    FIELD(ModelTarsel, maxOutPutBoardCount),
-    FIELD(ModelTarsel, maxLayerCount),
-    FIELD(ModelTarsel, maxInputBoardCount),
+    FIELD(ModelTarsel, timeout),           FIELD(ModelTarsel, maxOutputCount),
+    FIELD(ModelTarsel, maxSourceCount),    FIELD(ModelTarsel, maxOutPutBoardCount),
+    FIELD(ModelTarsel, maxLayerCount),     FIELD(ModelTarsel, maxInputBoardCount),
     FIELD(ModelTarsel, maxContainerCount),
 };
 
 const std::map<QString, FieldSetter<ModelScene>> kSceneFields = {
-    FIELD(ModelScene, deviceType),    FIELD(ModelScene, timeout),
-    FIELD(ModelScene, maxLayerCount), FIELD(ModelScene, maxBankCount),
+    FIELD(ModelScene, deviceType),        FIELD(ModelScene, timeout),
+    FIELD(ModelScene, maxLayerCount),     FIELD(ModelScene, maxBankCount),
     FIELD(ModelScene, maxContainerCount),
 };
 
@@ -76,12 +70,11 @@ template <class M>
 QString applyOne(const std::map<QString, FieldSetter<M>>& fields, M& model, const QString& key,
                  const QJsonValue& value, bool& found) {
     const auto it = fields.find(key);
-    if (it == fields.end())
-        return QString();
+    if (it == fields.end()) return QString();
     found = true;
-    return it->second(model, value) ? QString()
-                                    : QStringLiteral("model member %1 has a value of the wrong kind")
-                                          .arg(key);
+    return it->second(model, value)
+               ? QString()
+               : QStringLiteral("model member %1 has a value of the wrong kind").arg(key);
 }
 
 template <class M>
@@ -90,10 +83,8 @@ QString applyAll(const std::map<QString, FieldSetter<M>>& fields, M& model,
     for (auto it = values.begin(); it != values.end(); ++it) {
         bool found = false;
         const QString error = applyOne(fields, model, it.key(), it.value(), found);
-        if (!error.isEmpty())
-            return error;
-        if (!found)
-            return QStringLiteral("%1 has no member named %2").arg(record, it.key());
+        if (!error.isEmpty()) return error;
+        if (!found) return QStringLiteral("%1 has no member named %2").arg(record, it.key());
     }
     return QString();
 }
@@ -148,15 +139,13 @@ QString Models::override(const QByteArray& json) {
         else {
             bool found = false;
             error = applyOne(kTarselFields, tarsel, it.key(), it.value(), found);
-            if (error.isEmpty())
-                error = applyOne(kSceneFields, scene, it.key(), it.value(), found);
+            if (error.isEmpty()) error = applyOne(kSceneFields, scene, it.key(), it.value(), found);
             if (error.isEmpty())
                 error = applyOne(kBankPlayerFields, bankPlayer, it.key(), it.value(), found);
             if (error.isEmpty() && !found)
                 error = QStringLiteral("no model record has a member named %1").arg(it.key());
         }
-        if (!error.isEmpty())
-            return error;
+        if (!error.isEmpty()) return error;
     }
     return QString();
 }

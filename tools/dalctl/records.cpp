@@ -7,20 +7,21 @@
 namespace {
 
 const std::pair<const char*, int> kFamilies[] = {
-    {"native", 0x700000}, {"T9", 0x250300},   {"T3", 0x250400},   {"KR2", 0x250502},
-    {"NV", 0x2D0000},     {"H40", 0x900000},  {"H40B", 0x900001}, {"VM6S", 0x2C0104},
+    {"native", 0x700000}, {"T9", 0x250300},       {"T3", 0x250400},   {"KR2", 0x250502},
+    {"NV", 0x2D0000},     {"H40", 0x900000},      {"H40B", 0x900001}, {"VM6S", 0x2C0104},
     {"Cadex", 0x260000},  {"keyboard", 0x400000},
 };
 
 // Codes that share a family with the one the family name selects.
 const std::pair<int, const char*> kAliases[] = {
-    {0x250310, "T3"},     {0x2C0103, "VM6S"},   {0x230102, "Cadex"},  {0x230106, "Cadex"},
-    {0x230107, "Cadex"},  {0x250000, "Cadex"},  {0x260002, "Cadex"},  {0x2C0100, "Cadex"},
-    {0x2C0106, "Cadex"},  {0x2C0107, "Cadex"},  {0x2C0201, "native"}, {0x2C0202, "native"},
+    {0x250310, "T3"},    {0x2C0103, "VM6S"},  {0x230102, "Cadex"},  {0x230106, "Cadex"},
+    {0x230107, "Cadex"}, {0x250000, "Cadex"}, {0x260002, "Cadex"},  {0x2C0100, "Cadex"},
+    {0x2C0106, "Cadex"}, {0x2C0107, "Cadex"}, {0x2C0201, "native"}, {0x2C0202, "native"},
 };
 
 QString hexCode(int code) {
-    return QStringLiteral("0x") + QString::number(code, 16).toUpper().rightJustified(6, QLatin1Char('0'));
+    return QStringLiteral("0x") +
+           QString::number(code, 16).toUpper().rightJustified(6, QLatin1Char('0'));
 }
 
 QString headHex(const model_Protocoldata& rec) {
@@ -32,11 +33,9 @@ QString headHex(const model_Protocoldata& rec) {
 
 QString familyName(int deviceType) {
     for (const auto& family : kFamilies)
-        if (family.second == deviceType)
-            return QString::fromLatin1(family.first);
+        if (family.second == deviceType) return QString::fromLatin1(family.first);
     for (const auto& alias : kAliases)
-        if (alias.first == deviceType)
-            return QString::fromLatin1(alias.second);
+        if (alias.first == deviceType) return QString::fromLatin1(alias.second);
     return QStringLiteral("native");
 }
 
@@ -50,8 +49,7 @@ bool deviceTypeFromText(const QString& text, int& deviceType) {
     const qlonglong code = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
                                ? text.mid(2).toLongLong(&ok, 16)
                                : text.toLongLong(&ok, 10);
-    if (!ok || code < 0 || code > 0x7FFFFFFF)
-        return false;
+    if (!ok || code < 0 || code > 0x7FFFFFFF) return false;
     deviceType = static_cast<int>(code);
     return true;
 }
@@ -67,8 +65,7 @@ QString recordText(const model_Protocoldata& rec, int number) {
                        .arg(rec.statusByte)
                        .arg(rec.timeout);
     text += QStringLiteral("  head: %1\n").arg(headHex(rec));
-    if (!rec.strAux1.isEmpty())
-        text += QStringLiteral("  strAux1: \"%1\"\n").arg(rec.strAux1);
+    if (!rec.strAux1.isEmpty()) text += QStringLiteral("  strAux1: \"%1\"\n").arg(rec.strAux1);
     text += QStringLiteral("  Datablock: \"%1\"\n").arg(rec.Datablock);
     text += QStringLiteral("  arryDatablock (%1 bytes): %2\n")
                 .arg(rec.arryDatablock.size())
@@ -85,10 +82,9 @@ QJsonObject recordJson(const model_Protocoldata& rec) {
         {QStringLiteral("msgCode"), rec.msgCode},
         {QStringLiteral("statusByte"), rec.statusByte},
         {QStringLiteral("timeout"), rec.timeout},
-        {QStringLiteral("head"), QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(
-                                                                    rec.cmdHead),
-                                                                sizeof rec.cmdHead)
-                                                         .toHex())},
+        {QStringLiteral("head"),
+         QString::fromLatin1(
+             QByteArray(reinterpret_cast<const char*>(rec.cmdHead), sizeof rec.cmdHead).toHex())},
         {QStringLiteral("strAux1"), rec.strAux1},
         {QStringLiteral("Datablock"), rec.Datablock},
         {QStringLiteral("arryDatablock"), QString::fromLatin1(rec.arryDatablock.toHex())},
@@ -99,8 +95,7 @@ QJsonObject recordJson(const model_Protocoldata& rec) {
 QString recordSummary(const model_Protocoldata& rec) {
     constexpr int kShownBytes = 32;
     QString bytes = QString::fromLatin1(rec.arryDatablock.left(kShownBytes).toHex());
-    if (rec.arryDatablock.size() > kShownBytes)
-        bytes += QStringLiteral("...");
+    if (rec.arryDatablock.size() > kShownBytes) bytes += QStringLiteral("...");
     return QStringLiteral("%1 [%2] \"%3\" (%4) %5")
         .arg(hexCode(rec.deviceType), headHex(rec), rec.Datablock)
         .arg(rec.arryDatablock.size())

@@ -26,7 +26,7 @@ struct Targets {
 struct Operation {
     QString className;
     QString name;
-    QString params; // the declaration's parameter list, "(int p1, ModelTarsel p2)"
+    QString params;            // the declaration's parameter list, "(int p1, ModelTarsel p2)"
     QStringList argumentTypes; // types of the parameters that take an argument, in order
     // Runs the operation; returns what it returned and what it wrote to out-parameters, or
     // throws ArgError.
@@ -90,8 +90,7 @@ QString invoke(Call call, const QStringList& texts, Models& models, std::index_s
         shown << QStringLiteral("returned: ") + describeResult(call(std::get<I>(holders).get()...));
     const QString outputs[] = {std::get<I>(holders).output()..., QString()};
     for (size_t i = 0; i < sizeof...(P); ++i)
-        if (!outputs[i].isEmpty())
-            shown << names.value(int(i)) + QStringLiteral(": ") + outputs[i];
+        if (!outputs[i].isEmpty()) shown << names.value(int(i)) + QStringLiteral(": ") + outputs[i];
     return shown.join(QLatin1Char('\n'));
 }
 
@@ -126,7 +125,7 @@ Operation makeOperation(const char* className, const char* name, const char* par
         C& target = targetOf<C>(t);
         auto call = [&](auto&&... a) -> R { return (target.*fn)(std::forward<decltype(a)>(a)...); };
         return invoke<R, decltype(call), P...>(call, texts, models, std::index_sequence_for<P...>{},
-                                              names);
+                                               names);
     };
     return op;
 }
@@ -141,7 +140,7 @@ Operation makeOperation(const char* className, const char* name, const char* par
     op.run = [fn, names](Targets&, const QStringList& texts, Models& models) {
         auto call = [&](auto&&... a) -> R { return fn(std::forward<decltype(a)>(a)...); };
         return invoke<R, decltype(call), P...>(call, texts, models, std::index_sequence_for<P...>{},
-                                              names);
+                                               names);
     };
     return op;
 }

@@ -31,8 +31,8 @@ QString usageOf(const QVector<const Operation*>& candidates) {
     QStringList lines;
     for (const Operation* op : candidates)
         lines << QStringLiteral("usage: dalctl [options] %1 %2")
-                     .arg(op->name, op->argumentTypes.join(QLatin1Char(' ')))
-                     .trimmed() +
+                         .arg(op->name, op->argumentTypes.join(QLatin1Char(' ')))
+                         .trimmed() +
                      QStringLiteral("    # ") + op->usage();
     return lines.join(QLatin1Char('\n'));
 }
@@ -44,12 +44,11 @@ const QString kRawUsage =
 void runRaw(const QStringList& call, Targets& targets) {
     QCommandLineParser parser;
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    const QCommandLineOption timeoutOption(QStringLiteral("timeout"), QString(), QStringLiteral("MS"),
-                                           QStringLiteral("3000"));
+    const QCommandLineOption timeoutOption(QStringLiteral("timeout"), QString(),
+                                           QStringLiteral("MS"), QStringLiteral("3000"));
     const QCommandLineOption textOption(QStringLiteral("text"), QString(), QStringLiteral("TEXT"));
     parser.addOptions({timeoutOption, textOption});
-    if (!parser.parse(call))
-        refuse(parser.errorText(), kRawUsage);
+    if (!parser.parse(call)) refuse(parser.errorText(), kRawUsage);
     const QStringList values = parser.positionalArguments();
     if (values.size() != 5 && values.size() != 6)
         refuse(QStringLiteral("raw takes 5 or 6 arguments, %1 given").arg(values.size()),
@@ -58,8 +57,8 @@ void runRaw(const QStringList& call, Targets& targets) {
         int head[5];
         for (int i = 0; i < 5; ++i)
             head[i] = static_cast<int>(args::parseInteger(values[i], -0x80000000LL, 0xFFFFFFFFLL));
-        const int timeout = static_cast<int>(args::parseInteger(
-            parser.value(timeoutOption), -0x80000000LL, 0x7FFFFFFFLL));
+        const int timeout = static_cast<int>(
+            args::parseInteger(parser.value(timeoutOption), -0x80000000LL, 0x7FFFFFFFLL));
         QByteArray block = values.size() == 6 ? args::parseHex(values[5]) : QByteArray();
         unsigned char* data =
             values.size() == 6 ? reinterpret_cast<unsigned char*>(block.data()) : nullptr;
@@ -82,8 +81,7 @@ QString runOperation(const QStringList& call, Targets& targets, Models& models) 
                                                     close.join(QStringLiteral(", "))));
     }
     for (const Operation* op : candidates) {
-        if (op->argumentTypes.size() != arguments.size())
-            continue;
+        if (op->argumentTypes.size() != arguments.size()) continue;
         try {
             return op->run(targets, arguments, models);
         } catch (const ArgError& e) {
@@ -98,8 +96,7 @@ QString runOperation(const QStringList& call, Targets& targets, Models& models) 
 } // namespace
 
 Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models models) {
-    if (call.isEmpty())
-        refuse(QStringLiteral("no operation given"));
+    if (call.isEmpty()) refuse(QStringLiteral("no operation given"));
     Utility_Manage::setDeviceType(device.deviceType);
     Utility_Manage::setDeviceSubType(device.subType);
     Utility_Manage::setConnectType(device.connectType);

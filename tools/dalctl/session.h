@@ -1,7 +1,7 @@
 #pragma once
 
-#include "models.h"
 #include "model_protocoldata.h"
+#include "models.h"
 
 #include <QString>
 #include <QStringList>
