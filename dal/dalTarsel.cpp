@@ -31,34 +31,38 @@ const std::vector<int> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x250000, 
                                         0x260002, 0x2C0100, 0x2C0106, 0x2C0107};
 
 // First matching row wins; a device without a row keeps the native frame, tagged 0x700000.
+// clang-format off
 const Route kRoutes[] = {
-    {{0x250300}, Cmds::Any, nullptr, nullptr, 0x250300},              // T9
-    {{0x250310}, Cmds::Any, nullptr, nullptr, 0x250310},              // T3
-    {{0x250400}, Cmds::Any, nullptr, nullptr, 0x250400},              // T3
-    {{0x250502}, Cmds::Any, nullptr, nullptr, 0x250502},              // KR2
-    {{0x2D0000}, Cmds::Any, nullptr, nullptr, 0x2D0000},              // NV
-    {{0x900000}, Cmds::Any, nullptr, nullptr, 0x900000},              // H40
-    {{0x900001}, Cmds::Any, nullptr, nullptr, 0x900001},              // H40B
-    {{0x2C0103, 0x2C0104}, Cmds::Tunnel, nullptr, nullptr, 0x2C0104}, // VantaZ
-    {{0x2C0103, 0x2C0104}, Cmds::Other, nullptr, nullptr, 0x2C0104},  // VM6S
-    {kCadexDevices, Cmds::Tunnel, nullptr, nullptr, kOwnCode},        // Cadex
-    {kCadexDevices, Cmds::Other, nullptr, nullptr, kOwnCode},         // native
-    {{0x2C0201, 0x2C0202}, Cmds::Any, nullptr, nullptr, 0x2C0202},    // native
+    {{0x250300}, Cmds::Any, nullptr, nullptr, 0x250300},                     // T9
+    {{0x250310}, Cmds::Any, nullptr, nullptr, 0x250310},                     // T3
+    {{0x250400}, Cmds::Any, nullptr, nullptr, 0x250400},                     // T3
+    {{0x250502}, Cmds::Any, nullptr, nullptr, 0x250502},                     // KR2
+    {{0x2D0000}, Cmds::Any, nullptr, nullptr, 0x2D0000},                     // NV
+    {{0x900000}, Cmds::Any, nullptr, nullptr, 0x900000},                     // H40
+    {{0x900001}, Cmds::Any, nullptr, nullptr, 0x900001},                     // H40B
+    {{0x2C0103, 0x2C0104}, Cmds::Tunnel, nullptr, nullptr, 0x2C0104},        // VantaZ
+    {{0x2C0103, 0x2C0104}, Cmds::Other, nullptr, nullptr, 0x2C0104},         // VM6S
+    {kCadexDevices, Cmds::Tunnel, nullptr, nullptr, kOwnCode},               // Cadex
+    {kCadexDevices, Cmds::Other, nullptr, nullptr, kOwnCode},                // native
+    {{0x2C0201, 0x2C0202}, Cmds::Any, nullptr, nullptr, 0x2C0202},           // native
 };
+// clang-format on
 
 bool matches(const Route& route, int device, unsigned char cmd) {
     const bool tunnel = cmd == 0x90 || cmd == 0x91;
     if ((route.cmds == Cmds::Tunnel && !tunnel) || (route.cmds == Cmds::Other && tunnel))
         return false;
     for (int code : route.devices)
-        if (code == device) return true;
+        if (code == device)
+            return true;
     return false;
 }
 
 QString hexByte(unsigned char value) { return QString::number(value, 16); }
 
 void trace(const model_Protocoldata& rec) {
-    if (!QLoggingCategory::defaultCategory()->isDebugEnabled()) return;
+    if (!QLoggingCategory::defaultCategory()->isDebugEnabled())
+        return;
     qDebug() << "---addToQueue----CMD=" << hexByte(rec.cmdHead[2])
              << "---DAT1=" << hexByte(rec.cmdHead[3]) << "---DAT2=" << hexByte(rec.cmdHead[4])
              << "---DAT3=" << hexByte(rec.cmdHead[5]) << "---DAT4=" << hexByte(rec.cmdHead[6])
@@ -95,7 +99,8 @@ void DalTarsel::setRetFlagStatus(bool flag) {
 }
 
 QByteArray DalTarsel::getBlock(unsigned char* data, int len) {
-    if (len <= 0) return QByteArray();
+    if (len <= 0)
+        return QByteArray();
     return QByteArray(reinterpret_cast<const char*>(data), len);
 }
 
@@ -121,20 +126,26 @@ void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, in
     rec.statusByte = 0;
     rec.timeout = timeout;
     rec.connectType = static_cast<unsigned char>(Utility_Manage::getConnectType());
-    if (data) rec.arryDatablock = getBlock(data, len);
-    if (!text.isEmpty()) rec.Datablock = text;
+    if (data)
+        rec.arryDatablock = getBlock(data, len);
+    if (!text.isEmpty())
+        rec.Datablock = text;
 
     const int device = Utility_Manage::getDeviceType();
     for (const Route& route : kRoutes) {
-        if (!matches(route, device, rec.cmdHead[2])) continue;
-        if (route.first) rec = (this->*route.first)(rec);
-        if (route.second) rec = (this->*route.second)(rec);
+        if (!matches(route, device, rec.cmdHead[2]))
+            continue;
+        if (route.first)
+            rec = (this->*route.first)(rec);
+        if (route.second)
+            rec = (this->*route.second)(rec);
         rec.deviceType = route.tag == kOwnCode ? device : route.tag;
         break;
     }
 
     trace(rec);
-    if (isConnected) addToQueue(rec);
+    if (isConnected)
+        addToQueue(rec);
 }
 
 void DalTarsel::f_SendCmdForDebug(int timeout, int address, int cmd, int dat1, int dat2, int dat3,
@@ -145,8 +156,10 @@ void DalTarsel::f_SendCmdForDebug(int timeout, int address, int cmd, int dat1, i
     rec.timeout = timeout;
     rec.deviceType = kUntranslated;
     rec.statusByte = 0;
-    if (data) rec.arryDatablock = getBlock(data, len);
-    if (isConnected) addToQueue(rec);
+    if (data)
+        rec.arryDatablock = getBlock(data, len);
+    if (isConnected)
+        addToQueue(rec);
 }
 
 void DalTarsel::resetOutPortFPGA(int timeout, int port) {

@@ -29,7 +29,8 @@ QMap<QString, Row> readRows(const QString& file) {
     while (!f.atEnd()) {
         const QString line = QString::fromUtf8(f.readLine()).section(QLatin1Char('#'), 0, 0);
         const QStringList cells = line.split(space, Qt::SkipEmptyParts);
-        if (cells.isEmpty()) continue;
+        if (cells.isEmpty())
+            continue;
         Row row;
         row.records = cells.value(1).toInt();
         if (cells.size() >= 4) {
@@ -43,7 +44,8 @@ QMap<QString, Row> readRows(const QString& file) {
 
 const Operation* operationOf(const QString& signature) {
     for (const Operation& op : operations())
-        if (op.name + op.params == signature) return &op;
+        if (op.name + op.params == signature)
+            return &op;
     return nullptr;
 }
 
@@ -58,14 +60,18 @@ QString keyOf(const Operation& op) {
 QString sampleArgument(const QString& type) {
     if (type.contains(QLatin1String("*")) || type.contains(QLatin1String("QByteArray")))
         return QStringLiteral("0102030405060708");
-    if (type.contains(QLatin1String("bool"))) return QStringLiteral("true");
+    if (type.contains(QLatin1String("bool")))
+        return QStringLiteral("true");
     if (type.contains(QLatin1String("double")) || type.contains(QLatin1String("float")))
         return QStringLiteral("1.5");
-    if (type.contains(QLatin1String("QJsonObject"))) return QStringLiteral("{}");
+    if (type.contains(QLatin1String("QJsonObject")))
+        return QStringLiteral("{}");
     if (type.contains(QLatin1String("QList")) || type.contains(QLatin1String("QVector")))
         return QStringLiteral("1,2");
-    if (type.contains(QLatin1String("QStringList"))) return QStringLiteral("a,b");
-    if (type.contains(QLatin1String("QString"))) return QStringLiteral("text");
+    if (type.contains(QLatin1String("QStringList")))
+        return QStringLiteral("a,b");
+    if (type.contains(QLatin1String("QString")))
+        return QStringLiteral("text");
     if (type.contains(QLatin1String("model_Protocoldata")))
         return QStringLiteral("{\"head\":\"00006a0300000000\",\"timeout\":3000}");
     return QStringLiteral("1");
@@ -78,7 +84,8 @@ void verifyGroup(const QStringList& signatures, const QString& expectationFile) 
         const Operation* op = operationOf(signature);
         QVERIFY2(op, qPrintable(QStringLiteral("%1 is not registered").arg(signature)));
         const QString key = keyOf(*op);
-        if (seen.contains(key)) continue; // a signature listed twice is one operation
+        if (seen.contains(key))
+            continue; // a signature listed twice is one operation
         seen << key;
         QVERIFY2(rows.contains(key), qPrintable(QStringLiteral("no expected row for %1").arg(key)));
 
@@ -93,7 +100,8 @@ void verifyGroup(const QStringList& signatures, const QString& expectationFile) 
                                 .arg(key)
                                 .arg(outcome.records.size())
                                 .arg(row.records)));
-        if (row.cmd < 0 || outcome.records.isEmpty()) continue;
+        if (row.cmd < 0 || outcome.records.isEmpty())
+            continue;
         const model_Protocoldata& first = outcome.records.first();
         QVERIFY2(first.cmdHead[2] == row.cmd && first.cmdHead[3] == row.dat1,
                  qPrintable(QStringLiteral("%1 sent %2/%3, expected %4/%5")

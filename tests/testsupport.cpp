@@ -21,7 +21,8 @@ void collect(QtMsgType type, const QMessageLogContext& context, const QString& m
         traced << message;
         return;
     }
-    if (previousHandler) previousHandler(type, context, message);
+    if (previousHandler)
+        previousHandler(type, context, message);
 }
 
 } // namespace

@@ -10,7 +10,8 @@ namespace {
 // besides those generated from its operation list.
 QStringList handDeclaredOperations(const QString& header, const QString& className) {
     QFile file(QStringLiteral(DAL_SOURCE_DIR "/") + header);
-    if (!file.open(QIODevice::ReadOnly)) return {QStringLiteral("<cannot read %1>").arg(header)};
+    if (!file.open(QIODevice::ReadOnly))
+        return {QStringLiteral("<cannot read %1>").arg(header)};
     QString text = QString::fromUtf8(file.readAll());
     text.remove(QRegularExpression(QStringLiteral("//[^\n]*")));
     text.remove(
@@ -21,7 +22,8 @@ QStringList handDeclaredOperations(const QString& header, const QString& classNa
     static const QRegularExpression declaration(QStringLiteral(
         "(?:^|[;{}])\\s*(?:static\\s+|virtual\\s+)?[\\w:<>,*&\\s]*?\\b(\\w+)\\s*\\("));
     const int body = text.indexOf(QStringLiteral("class DAL_EXPORT ") + className);
-    if (body < 0) return {QStringLiteral("<no class %1 in %2>").arg(className, header)};
+    if (body < 0)
+        return {QStringLiteral("<no class %1 in %2>").arg(className, header)};
     text = text.mid(body);
     text.truncate(text.indexOf(QStringLiteral("\n};")));
 
@@ -35,10 +37,12 @@ QStringList handDeclaredOperations(const QString& header, const QString& classNa
             auto it = declaration.globalMatch(text.mid(at, end - at));
             while (it.hasNext()) {
                 const QString name = it.next().captured(1);
-                if (name != className && name != QLatin1String("Q_OBJECT")) names << name;
+                if (name != className && name != QLatin1String("Q_OBJECT"))
+                    names << name;
             }
         }
-        if (!next.hasMatch()) break;
+        if (!next.hasMatch())
+            break;
         access = next.captured(1);
         at = next.capturedEnd();
     }

@@ -22,7 +22,8 @@ long long parseInteger(const QString& text, long long min, long long max) {
         fail(QStringLiteral("\"%1\" is not an integer").arg(text));
     const bool fits =
         negative ? magnitude <= qulonglong(-(min + 1)) + 1 : magnitude <= qulonglong(max);
-    if (!fits) fail(QStringLiteral("%1 is outside %2..%3").arg(text).arg(min).arg(max));
+    if (!fits)
+        fail(QStringLiteral("%1 is outside %2..%3").arg(text).arg(min).arg(max));
     return negative ? -static_cast<long long>(magnitude - 1) - 1
                     : static_cast<long long>(magnitude);
 }
@@ -30,21 +31,25 @@ long long parseInteger(const QString& text, long long min, long long max) {
 double parseDecimal(const QString& text) {
     bool ok = false;
     const double value = text.trimmed().toDouble(&ok);
-    if (!ok) fail(QStringLiteral("\"%1\" is not a decimal number").arg(text));
+    if (!ok)
+        fail(QStringLiteral("\"%1\" is not a decimal number").arg(text));
     return value;
 }
 
 bool parseBool(const QString& text) {
     const QString t = text.trimmed().toLower();
-    if (t == QLatin1String("true") || t == QLatin1String("1")) return true;
-    if (t == QLatin1String("false") || t == QLatin1String("0")) return false;
+    if (t == QLatin1String("true") || t == QLatin1String("1"))
+        return true;
+    if (t == QLatin1String("false") || t == QLatin1String("0"))
+        return false;
     fail(QStringLiteral("\"%1\" is not a boolean (true, false, 1 or 0)").arg(text));
 }
 
 QByteArray parseHex(const QString& text) {
     QString digits = text;
     digits.remove(QLatin1Char(' ')).remove(QLatin1Char(':'));
-    if (digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)) digits = digits.mid(2);
+    if (digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+        digits = digits.mid(2);
     static const QString hexDigits = QStringLiteral("0123456789abcdefABCDEF");
     if (digits.size() % 2 != 0 ||
         !std::all_of(digits.begin(), digits.end(), [](QChar c) { return hexDigits.contains(c); }))
@@ -55,7 +60,8 @@ QByteArray parseHex(const QString& text) {
 QJsonObject parseJsonObject(const QString& text) {
     QJsonParseError error;
     const QJsonDocument doc = QJsonDocument::fromJson(text.toUtf8(), &error);
-    if (!doc.isObject()) fail(QStringLiteral("\"%1\" is not a JSON object").arg(text));
+    if (!doc.isObject())
+        fail(QStringLiteral("\"%1\" is not a JSON object").arg(text));
     return doc.object();
 }
 

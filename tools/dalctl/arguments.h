@@ -64,7 +64,8 @@ struct Holder<P, std::enable_if_t<std::is_arithmetic_v<ValueOf<P>> && !isOutScal
     }
     T& get() { return value; }
     std::optional<long long> integer() const {
-        if constexpr (std::is_integral_v<T>) return static_cast<long long>(value);
+        if constexpr (std::is_integral_v<T>)
+            return static_cast<long long>(value);
         return std::nullopt;
     }
     std::optional<int> bufferSize() const { return std::nullopt; }
@@ -132,7 +133,8 @@ struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, QList<int>> ||
     : ValueHolder<ValueOf<P>> {
     void parse(const QString& text, Models&) {
         this->value.clear();
-        if (text.isEmpty()) return;
+        if (text.isEmpty())
+            return;
         for (const QString& item : text.split(QLatin1Char(',')))
             this->value.append(static_cast<int>(parseInteger(
                 item.trimmed(), std::numeric_limits<int>::min(), std::numeric_limits<int>::max())));

@@ -31,7 +31,8 @@ void printDemo(QTextStream& out) {
             deviceTypeFromText(QString::fromLatin1(family), device.deviceType);
             const Outcome outcome = runRequest(request.call, device, Models::defaults());
             const QString label = QString::fromLatin1(family).leftJustified(7);
-            if (outcome.records.isEmpty()) out << "  " << label << "(nothing queued)\n";
+            if (outcome.records.isEmpty())
+                out << "  " << label << "(nothing queued)\n";
             for (const model_Protocoldata& rec : outcome.records)
                 out << "  " << label << recordSummary(rec) << '\n';
         }

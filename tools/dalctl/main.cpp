@@ -29,7 +29,8 @@ bool showTrace = false;
 
 void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
     if (type == QtDebugMsg) {
-        if (showTrace) out() << "trace: " << message << Qt::endl;
+        if (showTrace)
+            out() << "trace: " << message << Qt::endl;
         return;
     }
     out().flush();
@@ -38,7 +39,8 @@ void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& mes
 
 int badInput(const QString& message, const QString& usage) {
     err() << "dalctl: " << message << '\n';
-    if (!usage.isEmpty()) err() << usage << '\n';
+    if (!usage.isEmpty())
+        err() << usage << '\n';
     err().flush();
     return kBadInput;
 }
@@ -52,7 +54,8 @@ void listOperations(const QString& pattern) {
             pattern.isEmpty() ||
             (wildcard ? glob.match(op.name).hasMatch() || glob.match(op.qualifiedName()).hasMatch()
                       : op.qualifiedName().contains(pattern, Qt::CaseInsensitive));
-        if (shown) out() << op.usage() << '\n';
+        if (shown)
+            out() << op.usage() << '\n';
     }
 }
 
@@ -62,8 +65,10 @@ void printOutcome(const Outcome& outcome, bool json) {
             out() << QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact) << '\n';
         return;
     }
-    if (!outcome.returned.isEmpty()) out() << outcome.returned << '\n';
-    if (outcome.records.isEmpty()) out() << "no record queued\n";
+    if (!outcome.returned.isEmpty())
+        out() << outcome.returned << '\n';
+    if (outcome.records.isEmpty())
+        out() << "no record queued\n";
     for (int i = 0; i < outcome.records.size(); ++i)
         out() << recordText(outcome.records[i], i + 1);
 }
@@ -115,10 +120,12 @@ int main(int argc, char** argv) {
         return 0;
     }
     const QStringList call = parser.positionalArguments();
-    if (call.isEmpty()) return badInput(QStringLiteral("no operation given"), parser.helpText());
+    if (call.isEmpty())
+        return badInput(QStringLiteral("no operation given"), parser.helpText());
 
     showTrace = parser.isSet(traceOption);
-    if (!showTrace) QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    if (!showTrace)
+        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
 
     if (call.first() == QLatin1String("list")) {
         if (call.size() > 2)

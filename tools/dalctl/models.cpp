@@ -31,13 +31,16 @@ using FieldSetter = std::function<bool(M&, const QJsonValue&)>;
 template <class T>
 bool assign(T& field, const QJsonValue& v) {
     if constexpr (std::is_same_v<T, bool>) {
-        if (!v.isBool()) return false;
+        if (!v.isBool())
+            return false;
         field = v.toBool();
     } else if constexpr (std::is_arithmetic_v<T>) {
-        if (!v.isDouble()) return false;
+        if (!v.isDouble())
+            return false;
         field = static_cast<T>(v.toDouble());
     } else {
-        if (!v.isString()) return false;
+        if (!v.isString())
+            return false;
         field = v.toString();
     }
     return true;
@@ -70,7 +73,8 @@ template <class M>
 QString applyOne(const std::map<QString, FieldSetter<M>>& fields, M& model, const QString& key,
                  const QJsonValue& value, bool& found) {
     const auto it = fields.find(key);
-    if (it == fields.end()) return QString();
+    if (it == fields.end())
+        return QString();
     found = true;
     return it->second(model, value)
                ? QString()
@@ -83,8 +87,10 @@ QString applyAll(const std::map<QString, FieldSetter<M>>& fields, M& model,
     for (auto it = values.begin(); it != values.end(); ++it) {
         bool found = false;
         const QString error = applyOne(fields, model, it.key(), it.value(), found);
-        if (!error.isEmpty()) return error;
-        if (!found) return QStringLiteral("%1 has no member named %2").arg(record, it.key());
+        if (!error.isEmpty())
+            return error;
+        if (!found)
+            return QStringLiteral("%1 has no member named %2").arg(record, it.key());
     }
     return QString();
 }
@@ -139,13 +145,15 @@ QString Models::override(const QByteArray& json) {
         else {
             bool found = false;
             error = applyOne(kTarselFields, tarsel, it.key(), it.value(), found);
-            if (error.isEmpty()) error = applyOne(kSceneFields, scene, it.key(), it.value(), found);
+            if (error.isEmpty())
+                error = applyOne(kSceneFields, scene, it.key(), it.value(), found);
             if (error.isEmpty())
                 error = applyOne(kBankPlayerFields, bankPlayer, it.key(), it.value(), found);
             if (error.isEmpty() && !found)
                 error = QStringLiteral("no model record has a member named %1").arg(it.key());
         }
-        if (!error.isEmpty()) return error;
+        if (!error.isEmpty())
+            return error;
     }
     return QString();
 }

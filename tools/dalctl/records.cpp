@@ -33,9 +33,11 @@ QString headHex(const model_Protocoldata& rec) {
 
 QString familyName(int deviceType) {
     for (const auto& family : kFamilies)
-        if (family.second == deviceType) return QString::fromLatin1(family.first);
+        if (family.second == deviceType)
+            return QString::fromLatin1(family.first);
     for (const auto& alias : kAliases)
-        if (alias.first == deviceType) return QString::fromLatin1(alias.second);
+        if (alias.first == deviceType)
+            return QString::fromLatin1(alias.second);
     return QStringLiteral("native");
 }
 
@@ -49,7 +51,8 @@ bool deviceTypeFromText(const QString& text, int& deviceType) {
     const qlonglong code = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
                                ? text.mid(2).toLongLong(&ok, 16)
                                : text.toLongLong(&ok, 10);
-    if (!ok || code < 0 || code > 0x7FFFFFFF) return false;
+    if (!ok || code < 0 || code > 0x7FFFFFFF)
+        return false;
     deviceType = static_cast<int>(code);
     return true;
 }
@@ -65,7 +68,8 @@ QString recordText(const model_Protocoldata& rec, int number) {
                        .arg(rec.statusByte)
                        .arg(rec.timeout);
     text += QStringLiteral("  head: %1\n").arg(headHex(rec));
-    if (!rec.strAux1.isEmpty()) text += QStringLiteral("  strAux1: \"%1\"\n").arg(rec.strAux1);
+    if (!rec.strAux1.isEmpty())
+        text += QStringLiteral("  strAux1: \"%1\"\n").arg(rec.strAux1);
     text += QStringLiteral("  Datablock: \"%1\"\n").arg(rec.Datablock);
     text += QStringLiteral("  arryDatablock (%1 bytes): %2\n")
                 .arg(rec.arryDatablock.size())
@@ -95,7 +99,8 @@ QJsonObject recordJson(const model_Protocoldata& rec) {
 QString recordSummary(const model_Protocoldata& rec) {
     constexpr int kShownBytes = 32;
     QString bytes = QString::fromLatin1(rec.arryDatablock.left(kShownBytes).toHex());
-    if (rec.arryDatablock.size() > kShownBytes) bytes += QStringLiteral("...");
+    if (rec.arryDatablock.size() > kShownBytes)
+        bytes += QStringLiteral("...");
     return QStringLiteral("%1 [%2] \"%3\" (%4) %5")
         .arg(hexCode(rec.deviceType), headHex(rec), rec.Datablock)
         .arg(rec.arryDatablock.size())

@@ -73,7 +73,8 @@ const QVector<Operation>& operations() {
 QVector<const Operation*> findOperations(const QString& name) {
     QVector<const Operation*> found;
     for (const Operation& op : operations())
-        if (op.name == name || op.qualifiedName() == name) found << &op;
+        if (op.name == name || op.qualifiedName() == name)
+            found << &op;
     return found;
 }
 
@@ -82,14 +83,17 @@ QStringList closestNames(const QString& name, int count) {
     QVector<QPair<int, QString>> ranked;
     for (const Operation& op : operations()) {
         int distance = editDistance(bare, op.name);
-        if (op.name.contains(bare, Qt::CaseInsensitive)) distance = std::min(distance, 1);
+        if (op.name.contains(bare, Qt::CaseInsensitive))
+            distance = std::min(distance, 1);
         ranked << qMakePair(distance, op.qualifiedName());
     }
     std::sort(ranked.begin(), ranked.end());
     QStringList names;
     for (const auto& entry : ranked) {
-        if (names.size() == count || entry.first > std::max(3, int(bare.size()) / 3)) break;
-        if (!names.contains(entry.second)) names << entry.second;
+        if (names.size() == count || entry.first > std::max(3, int(bare.size()) / 3))
+            break;
+        if (!names.contains(entry.second))
+            names << entry.second;
     }
     return names;
 }
@@ -113,7 +117,8 @@ QString describeResult(const model_Protocoldata& value) {
 QStringList splitParameters(const QString& params) {
     QStringList parts;
     const QString inner = params.mid(1, params.size() - 2).trimmed();
-    if (inner.isEmpty()) return parts;
+    if (inner.isEmpty())
+        return parts;
     int depth = 0;
     QString current;
     for (QChar c : inner) {
@@ -147,7 +152,8 @@ QStringList parameterNames(const QString& params) {
 QString typeName(const QString& parameter) {
     const QString name = parameterNames(QLatin1Char('(') + parameter + QLatin1Char(')')).value(0);
     QString type = parameter;
-    if (name != parameter) type.chop(name.size());
+    if (name != parameter)
+        type.chop(name.size());
     return type.trimmed();
 }
 

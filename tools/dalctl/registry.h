@@ -90,7 +90,8 @@ QString invoke(Call call, const QStringList& texts, Models& models, std::index_s
         shown << QStringLiteral("returned: ") + describeResult(call(std::get<I>(holders).get()...));
     const QString outputs[] = {std::get<I>(holders).output()..., QString()};
     for (size_t i = 0; i < sizeof...(P); ++i)
-        if (!outputs[i].isEmpty()) shown << names.value(int(i)) + QStringLiteral(": ") + outputs[i];
+        if (!outputs[i].isEmpty())
+            shown << names.value(int(i)) + QStringLiteral(": ") + outputs[i];
     return shown.join(QLatin1Char('\n'));
 }
 

@@ -48,7 +48,8 @@ void runRaw(const QStringList& call, Targets& targets) {
                                            QStringLiteral("MS"), QStringLiteral("3000"));
     const QCommandLineOption textOption(QStringLiteral("text"), QString(), QStringLiteral("TEXT"));
     parser.addOptions({timeoutOption, textOption});
-    if (!parser.parse(call)) refuse(parser.errorText(), kRawUsage);
+    if (!parser.parse(call))
+        refuse(parser.errorText(), kRawUsage);
     const QStringList values = parser.positionalArguments();
     if (values.size() != 5 && values.size() != 6)
         refuse(QStringLiteral("raw takes 5 or 6 arguments, %1 given").arg(values.size()),
@@ -81,7 +82,8 @@ QString runOperation(const QStringList& call, Targets& targets, Models& models) 
                                                     close.join(QStringLiteral(", "))));
     }
     for (const Operation* op : candidates) {
-        if (op->argumentTypes.size() != arguments.size()) continue;
+        if (op->argumentTypes.size() != arguments.size())
+            continue;
         try {
             return op->run(targets, arguments, models);
         } catch (const ArgError& e) {
@@ -96,7 +98,8 @@ QString runOperation(const QStringList& call, Targets& targets, Models& models) 
 } // namespace
 
 Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models models) {
-    if (call.isEmpty()) refuse(QStringLiteral("no operation given"));
+    if (call.isEmpty())
+        refuse(QStringLiteral("no operation given"));
     Utility_Manage::setDeviceType(device.deviceType);
     Utility_Manage::setDeviceSubType(device.subType);
     Utility_Manage::setConnectType(device.connectType);
