@@ -2,12 +2,13 @@
 # missing on a Debian machine, configures, builds and runs.
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
+TSAN_BUILD ?= build-tsan
 JOBS       ?= $(shell nproc)
-PACKAGES   := cmake g++ make qtbase5-dev
+PACKAGES   := cmake g++ make pkg-config qtbase5-dev
 SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 CTEST      := ctest --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build build-asan demo test test-plain test-asan clean
+.PHONY: all deps build build-asan build-tsan demo test test-plain test-asan test-tsan clean
 
 all: build
 
@@ -29,6 +30,10 @@ build-asan: deps
 	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DDAL_SANITIZE=ON -DDAL_WERROR=ON
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 
+build-tsan: deps
+	cmake -S . -B $(TSAN_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDAL_TSAN=ON -DDAL_WERROR=ON
+	cmake --build $(TSAN_BUILD) -j $(JOBS)
+
 demo: build
 	$(BUILD)/dalctl demo
 
@@ -40,7 +45,10 @@ test-asan: build-asan
 	  ASAN_OPTIONS=halt_on_error=1:detect_leaks=1 \
 	  UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 $(CTEST)
 
-test: test-plain test-asan
+test-tsan: build-tsan
+	cd $(TSAN_BUILD) && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 $(CTEST)
+
+test: test-plain test-asan test-tsan
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD)

@@ -71,9 +71,11 @@ QString recordText(const model_Protocoldata& rec, int number) {
     if (!rec.strAux1.isEmpty())
         text += QStringLiteral("  strAux1: \"%1\"\n").arg(rec.strAux1);
     text += QStringLiteral("  Datablock: \"%1\"\n").arg(rec.Datablock);
-    text += QStringLiteral("  arryDatablock (%1 bytes): %2\n")
+    text += QStringLiteral("  arryDatablock (%1 bytes):%2\n")
                 .arg(rec.arryDatablock.size())
-                .arg(QString::fromLatin1(rec.arryDatablock.toHex()));
+                .arg(rec.arryDatablock.isEmpty()
+                         ? QString()
+                         : QLatin1Char(' ') + QString::fromLatin1(rec.arryDatablock.toHex()));
     return text;
 }
 

@@ -1,0 +1,27 @@
+# `cmake --install` puts the library's headers (with the operation lists they include) and the
+# platform stand-ins' headers in folders of their own, the versioned libraries, a CMake package
+# (find_package(DAL_Manage) gives DAL_Manage::DAL_Manage) and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DAL_Manage)
+
+install(TARGETS DAL_Manage DAL_Platform EXPORT DAL_ManageTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY dal/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DAL_Manage
+  FILES_MATCHING PATTERN "*.h" PATTERN "*.def")
+install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DAL_Platform
+  FILES_MATCHING PATTERN "*.h")
+install(EXPORT DAL_ManageTargets NAMESPACE DAL_Manage:: DESTINATION ${package_dir})
+
+configure_package_config_file(cmake/DAL_ManageConfig.cmake.in
+  ${CMAKE_CURRENT_BINARY_DIR}/DAL_ManageConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/DAL_ManageConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/DAL_ManageConfig.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/DAL_ManageConfigVersion.cmake DESTINATION ${package_dir})
+
+# The pkg-config file finds its prefix from where it lies, so the tree can be installed anywhere.
+file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+configure_file(cmake/DAL_Manage.pc.in ${CMAKE_CURRENT_BINARY_DIR}/DAL_Manage.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/DAL_Manage.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
