@@ -3,12 +3,13 @@
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
+BENCH_BUILD ?= build-bench
 JOBS       ?= $(shell nproc)
 PACKAGES   := cmake g++ make pkg-config qtbase5-dev
 SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 CTEST      := ctest --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build build-asan build-tsan demo test test-plain test-asan test-tsan clean
+.PHONY: all deps build build-asan build-tsan demo test test-plain test-asan test-tsan bench clean
 
 all: build
 
@@ -50,5 +51,11 @@ test-tsan: build-tsan
 
 test: test-plain test-asan test-tsan
 
+bench: deps
+	$(MAKE) deps PACKAGES=libbenchmark-dev
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DDAL_BENCH=ON -DDAL_WERROR=ON
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target dal_bench
+	$(BENCH_BUILD)/bench/dal_bench
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD)

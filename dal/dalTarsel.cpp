@@ -6,6 +6,8 @@
 #include <QDebug>
 #include <QLoggingCategory>
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
 bool DalTarsel::isConnected = false;
@@ -20,15 +22,15 @@ using Translator = model_Protocoldata (DalTarsel::*)(model_Protocoldata&);
 enum class Cmds { Any, Tunnel, Other }; // Tunnel: CMD 0x90 or 0x91
 
 struct Route {
-    std::vector<int> devices;
+    std::array<int, 9> devices; // zero pads the unused places
     Cmds cmds;
     Translator first;
     Translator second;
     int tag;
 };
 
-const std::vector<int> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x250000, 0x260000,
-                                        0x260002, 0x2C0100, 0x2C0106, 0x2C0107};
+constexpr std::array<int, 9> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x250000, 0x260000,
+                                              0x260002, 0x2C0100, 0x2C0106, 0x2C0107};
 
 // First matching row wins; a device without a row keeps the native frame, tagged 0x700000.
 // clang-format off
@@ -48,15 +50,49 @@ const Route kRoutes[] = {
 };
 // clang-format on
 
-bool matches(const Route& route, int device, unsigned char cmd) {
-    const bool tunnel = cmd == 0x90 || cmd == 0x91;
-    if ((route.cmds == Cmds::Tunnel && !tunnel) || (route.cmds == Cmds::Other && tunnel))
-        return false;
-    for (int code : route.devices)
-        if (code == device)
-            return true;
-    return false;
-}
+// The routing table indexed by device code, so that a send looks its route up in a few
+// steps: for each code, the first row that matches a tunnel CMD and the first for any other.
+class RouteIndex {
+public:
+    RouteIndex() {
+        for (const Route& route : kRoutes)
+            for (int device : route.devices)
+                if (device != 0)
+                    add(device, route);
+        std::sort(entries.begin(), entries.end(),
+                  [](const Entry& a, const Entry& b) { return a.device < b.device; });
+    }
+
+    const Route* find(int device, unsigned char cmd) const {
+        const auto it = std::lower_bound(entries.begin(), entries.end(), device,
+                                         [](const Entry& e, int code) { return e.device < code; });
+        if (it == entries.end() || it->device != device)
+            return nullptr;
+        return cmd == 0x90 || cmd == 0x91 ? it->tunnel : it->other;
+    }
+
+private:
+    struct Entry {
+        int device;
+        const Route* tunnel;
+        const Route* other;
+    };
+
+    void add(int device, const Route& route) {
+        auto it = std::find_if(entries.begin(), entries.end(),
+                               [device](const Entry& e) { return e.device == device; });
+        if (it == entries.end())
+            it = entries.insert(entries.end(), Entry{device, nullptr, nullptr});
+        if (route.cmds != Cmds::Other && !it->tunnel)
+            it->tunnel = &route;
+        if (route.cmds != Cmds::Tunnel && !it->other)
+            it->other = &route;
+    }
+
+    std::vector<Entry> entries;
+};
+
+const RouteIndex kRouteIndex;
 
 QString hexByte(unsigned char value) { return QString::number(value, 16); }
 
@@ -132,20 +168,17 @@ void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, in
         rec.Datablock = text;
 
     const int device = Utility_Manage::getDeviceType();
-    for (const Route& route : kRoutes) {
-        if (!matches(route, device, rec.cmdHead[2]))
-            continue;
-        if (route.first)
-            rec = (this->*route.first)(rec);
-        if (route.second)
-            rec = (this->*route.second)(rec);
-        rec.deviceType = route.tag == kOwnCode ? device : route.tag;
-        break;
+    if (const Route* route = kRouteIndex.find(device, rec.cmdHead[2])) {
+        if (route->first)
+            rec = (this->*route->first)(rec);
+        if (route->second)
+            rec = (this->*route->second)(rec);
+        rec.deviceType = route->tag == kOwnCode ? device : route->tag;
     }
 
     trace(rec);
     if (isConnected)
-        addToQueue(rec);
+        addToQueue(std::move(rec));
 }
 
 void DalTarsel::f_SendCmdForDebug(int timeout, int address, int cmd, int dat1, int dat2, int dat3,
