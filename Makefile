@@ -4,12 +4,15 @@ BUILD      ?= build
 ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
 BENCH_BUILD ?= build-bench
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
+FUZZERS    := fuzz_registry
 JOBS       ?= $(shell nproc)
 PACKAGES   := cmake g++ make pkg-config qtbase5-dev
 SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 CTEST      := ctest --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build build-asan build-tsan demo test test-plain test-asan test-tsan bench clean
+.PHONY: all deps build build-asan build-tsan demo test test-plain test-asan test-tsan bench fuzz clean
 
 all: build
 
@@ -57,5 +60,11 @@ bench: deps
 	cmake --build $(BENCH_BUILD) -j $(JOBS) --target dal_bench
 	$(BENCH_BUILD)/bench/dal_bench
 
+fuzz: deps
+	$(MAKE) deps PACKAGES="clang libclang-rt-14-dev"
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDAL_FUZZ=ON
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target $(FUZZERS)
+	fuzz/run.sh $(FUZZ_BUILD)/fuzz $(FUZZ_SECONDS) $(FUZZERS)
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD)

@@ -33,8 +33,8 @@ void measure(benchmark::State& state, Body body) {
         drainSometimes(state);
     }
     state.SetItemsProcessed(state.iterations());
-    state.counters["allocs/record"] = benchmark::Counter(
-        double(allocationCount() - before) / double(state.iterations()));
+    state.counters["allocs/record"] =
+        benchmark::Counter(double(allocationCount() - before) / double(state.iterations()));
     std::lock_guard<std::mutex> lock(biz_CMDSWork::HexCmdlock);
     biz_CMDSWork::queueHexCmd.clear();
 }

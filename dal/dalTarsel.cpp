@@ -141,6 +141,8 @@ QByteArray DalTarsel::getBlock(unsigned char* data, int len) {
 }
 
 void DalTarsel::setCheckSum(unsigned char* buf, int len) {
+    if (len < 0)
+        return; // index len would lie before the block
     unsigned char sum = 0;
     for (int i = 0; i < len; ++i)
         sum += buf[i];
@@ -152,7 +154,10 @@ void DalTarsel::splitTwoByte(short value, unsigned char& low, unsigned char& hig
     high = (value >> 8) & 0xFF;
 }
 
-int DalTarsel::f_RGBtoInt(int r, int g, int b) { return (r << 16) + (g << 8) + b; }
+// Unsigned arithmetic keeps the spill of oversized components well defined (modulo 2^32).
+int DalTarsel::f_RGBtoInt(int r, int g, int b) {
+    return static_cast<int>((unsigned(r) << 16) + (unsigned(g) << 8) + unsigned(b));
+}
 
 void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                           unsigned char* data, int len, QString text) {

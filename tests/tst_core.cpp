@@ -25,6 +25,7 @@ private slots:
     void concurrentSenders();
     void checkSum_data();
     void checkSum();
+    void checkSumNegativeLengthWritesNothing();
     void byteHelpers();
     void debugSender();
     void resetOutPortFPGA_data();
@@ -195,6 +196,12 @@ void tst_core::checkSum() {
     QCOMPARE(static_cast<unsigned char>(buffer[block.size() + 1]), 0x55); // nothing past it
 }
 
+void tst_core::checkSumNegativeLengthWritesNothing() {
+    QByteArray buffer = QByteArray::fromHex("aabbcc");
+    DalTarsel().setCheckSum(reinterpret_cast<unsigned char*>(buffer.data()) + 2, -2);
+    QCOMPARE(buffer, QByteArray::fromHex("aabbcc"));
+}
+
 void tst_core::byteHelpers() {
     DalTarsel dal;
     unsigned char low = 0, high = 0;
@@ -208,6 +215,8 @@ void tst_core::byteHelpers() {
     QCOMPARE(dal.f_RGBtoInt(1, 2, 3), 0x010203);
     QCOMPARE(dal.f_RGBtoInt(0, 256, 0), 0x10000);
     QCOMPARE(dal.f_RGBtoInt(0, 0, 0x1FF), 0x1FF);
+    QCOMPARE(dal.f_RGBtoInt(0x10000, 0, 0), 0); // wraps, never undefined
+    QCOMPARE(dal.f_RGBtoInt(0, 0, -1), -1);
 
     unsigned char bytes[] = {7, 8, 9};
     QCOMPARE(dal.getBlock(bytes, 2), QByteArray::fromHex("0708"));

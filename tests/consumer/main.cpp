@@ -8,7 +8,8 @@ int main() {
     DalTarsel::isConnected = true;
     DalTarsel().f_SendCmd(3000, 0x6A, 3, 0, 0, 0, nullptr, 0, QString());
     std::lock_guard<std::mutex> lock(biz_CMDSWork::HexCmdlock);
-    if (biz_CMDSWork::queueHexCmd.size() != 1 || biz_CMDSWork::queueHexCmd.front().cmdHead[2] != 0x6A) {
+    if (biz_CMDSWork::queueHexCmd.size() != 1 ||
+        biz_CMDSWork::queueHexCmd.front().cmdHead[2] != 0x6A) {
         std::puts("consumer: unexpected queue");
         return 1;
     }
