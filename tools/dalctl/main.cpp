@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QLoggingCategory>
 #include <QTextStream>
 
@@ -61,6 +62,10 @@ void listOperations(const QString& pattern) {
 
 void printOutcome(const Outcome& outcome, bool json) {
     if (json) {
+        if (!outcome.returned.isEmpty())
+            out() << QJsonDocument(QJsonObject{{QStringLiteral("returned"), outcome.returned}})
+                         .toJson(QJsonDocument::Compact)
+                  << '\n';
         for (const model_Protocoldata& rec : outcome.records)
             out() << QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact) << '\n';
         return;

@@ -100,13 +100,18 @@ QJsonObject recordJson(const model_Protocoldata& rec) {
 
 QString recordSummary(const model_Protocoldata& rec) {
     constexpr int kShownBytes = 32;
-    QString bytes = QString::fromLatin1(rec.arryDatablock.left(kShownBytes).toHex());
+    QString text = rec.Datablock;
+    text.replace(QLatin1Char('\r'), QLatin1String("\\r"))
+        .replace(QLatin1Char('\n'), QLatin1String("\\n"));
+    QString summary = QStringLiteral("%1 [%2] \"%3\" (%4)")
+                          .arg(hexCode(rec.deviceType), headHex(rec), text)
+                          .arg(rec.arryDatablock.size());
+    if (!rec.arryDatablock.isEmpty())
+        summary +=
+            QLatin1Char(' ') + QString::fromLatin1(rec.arryDatablock.left(kShownBytes).toHex());
     if (rec.arryDatablock.size() > kShownBytes)
-        bytes += QStringLiteral("...");
-    return QStringLiteral("%1 [%2] \"%3\" (%4) %5")
-        .arg(hexCode(rec.deviceType), headHex(rec), rec.Datablock)
-        .arg(rec.arryDatablock.size())
-        .arg(bytes);
+        summary += QStringLiteral("...");
+    return summary;
 }
 
 bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& error) {
