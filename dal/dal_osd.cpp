@@ -1,3 +1,85 @@
 #include "dal_osd.h"
 
+#include "biz_osd_cmdswork.h"
+
+namespace {
+
+enum Command {
+    ClearScreen = 2,
+    CheckTime = 3,
+    ShowText = 5,
+    ScrollInfo = 10,
+    ShowModel = 11,
+    TextInfo = 17
+};
+
+unsigned char low(int value) { return static_cast<unsigned char>(value); }
+unsigned char high(int value) { return static_cast<unsigned char>(value >> 8); }
+
+} // namespace
+
 dal_Osd::dal_Osd() : QObject(nullptr) {}
+
+QByteArray dal_Osd::getBlock(unsigned char* data, int len) {
+    if (len < 1)
+        return QByteArray();
+    return QByteArray(reinterpret_cast<const char*>(data), len);
+}
+
+// Kept for callers that want it; OSD frames carry no checksum.
+void dal_Osd::setCheckSum(unsigned char* buf, int len) {
+    if (len < 0)
+        return; // index len would lie before the block
+    unsigned char sum = 0;
+    for (int i = 0; i < len; ++i)
+        sum += buf[i];
+    buf[len] = sum;
+}
+
+void dal_Osd::f_SendCmd(int cmd, unsigned char* data, int len, QString tag, int timeout) {
+    model_OsdParam rec;
+    const unsigned char head[] = {0x00, 0xFE,      0xDC,     low(cmd), 0x00,
+                                  0x00, high(len), low(len), 0x0D,     0x0A};
+    std::copy(std::begin(head), std::end(head), rec.frameHead + 1);
+    rec.tag = tag;
+    rec.timeout = timeout;
+    if (data)
+        rec.payload = getBlock(data, len);
+    addToQueue(rec);
+}
+
+void dal_Osd::addToQueue(model_OsdParam rec) { biz_Osd_CMDSWork::addToSendQueue(std::move(rec)); }
+
+void dal_Osd::clearScreen(QString tag) { f_SendCmd(ClearScreen, nullptr, 0, tag, 5000); }
+
+void dal_Osd::checkTime(QString tag) { f_SendCmd(CheckTime, nullptr, 0, tag, 1000); }
+
+// The fourth argument leads the payload, as the box expects.
+void dal_Osd::sendShowText(int p1, int p2, int p3, int p4, int p5, int p6, QString tag) {
+    unsigned char payload[] = {low(p4), low(p1), low(p2), low(p3), low(p5), low(p6)};
+    f_SendCmd(ShowText, payload, sizeof payload, tag, 1000);
+}
+
+// p3 goes little-endian.
+void dal_Osd::sendScrollInfo(int p1, int p2, int p3, QString tag) {
+    unsigned char payload[] = {low(p1), low(p2), low(p3), high(p3)};
+    f_SendCmd(ScrollInfo, payload, sizeof payload, tag, 1000);
+}
+
+void dal_Osd::setOsdShowModel(int mode, QString tag) {
+    unsigned char payload[] = {static_cast<unsigned char>(mode == 1 ? 1 : 0)};
+    f_SendCmd(ShowModel, payload, sizeof payload, tag, 2000);
+}
+
+// p2 then p1, both big-endian; the text's length byte wraps past 255; p11 is not sent.
+void dal_Osd::sendTextInfo(int p1, int p2, int p3, int p4, int p5, int p6, int p7, int p8, int p9,
+                           QString text, int, QString tag) {
+    const QByteArray encoded = text.toLocal8Bit();
+    const unsigned char parameters[] = {
+        high(p2), low(p2), high(p1), low(p1), low(p3), low(encoded.size()),
+        low(p4),  low(p5), low(p6),  low(p7), low(p8), low(p9)};
+    QByteArray payload(reinterpret_cast<const char*>(parameters), sizeof parameters);
+    payload += encoded;
+    f_SendCmd(TextInfo, reinterpret_cast<unsigned char*>(payload.data()), payload.size(), tag,
+              2000);
+}

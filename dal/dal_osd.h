@@ -1,6 +1,9 @@
 #pragma once
 
 #include "dal_export.h"
+#include "model_osdparam.h"
+
+#include <QByteArray>
 
 #include <QObject>
 #include <QString>

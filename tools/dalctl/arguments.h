@@ -151,6 +151,16 @@ struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, model_Protocoldata>
     }
 };
 
+template <class P>
+struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, model_OsdParam>>>
+    : ValueHolder<model_OsdParam> {
+    void parse(const QString& text, Models&) {
+        QString error;
+        if (!osdRecordFromJson(parseJsonObject(text), value, error))
+            throw ArgError(error.toStdString());
+    }
+};
+
 // A byte buffer given as hex. One spare byte follows the bytes given, for builders that
 // write a checksum just after the block.
 template <class P>

@@ -68,14 +68,18 @@ void printOutcome(const Outcome& outcome, bool json) {
                   << '\n';
         for (const model_Protocoldata& rec : outcome.records)
             out() << QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact) << '\n';
+        for (const model_OsdParam& rec : outcome.osdRecords)
+            out() << QJsonDocument(osdRecordJson(rec)).toJson(QJsonDocument::Compact) << '\n';
         return;
     }
     if (!outcome.returned.isEmpty())
         out() << outcome.returned << '\n';
-    if (outcome.records.isEmpty())
+    if (outcome.records.isEmpty() && outcome.osdRecords.isEmpty())
         out() << "no record queued\n";
     for (int i = 0; i < outcome.records.size(); ++i)
         out() << recordText(outcome.records[i], i + 1);
+    for (int i = 0; i < outcome.osdRecords.size(); ++i)
+        out() << osdRecordText(outcome.osdRecords[i], i + 1);
 }
 
 const char* const kDescription =

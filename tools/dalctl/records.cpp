@@ -156,3 +156,63 @@ bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& e
     }
     return true;
 }
+
+namespace {
+
+QString osdHeadHex(const model_OsdParam& rec) {
+    return QString::fromLatin1(
+        QByteArray(reinterpret_cast<const char*>(rec.frameHead), sizeof rec.frameHead).toHex(' '));
+}
+
+} // namespace
+
+QString osdRecordText(const model_OsdParam& rec, int number) {
+    return QStringLiteral("OSD record %1: tag \"%2\", timeout %3\n  header: %4\n"
+                          "  payload (%5 bytes):%6\n")
+        .arg(number)
+        .arg(rec.tag)
+        .arg(rec.timeout)
+        .arg(osdHeadHex(rec))
+        .arg(rec.payload.size())
+        .arg(rec.payload.isEmpty() ? QString()
+                                   : QLatin1Char(' ') + QString::fromLatin1(rec.payload.toHex()));
+}
+
+QJsonObject osdRecordJson(const model_OsdParam& rec) {
+    return QJsonObject{
+        {QStringLiteral("osd"), true},
+        {QStringLiteral("header"),
+         QString::fromLatin1(
+             QByteArray(reinterpret_cast<const char*>(rec.frameHead), sizeof rec.frameHead)
+                 .toHex())},
+        {QStringLiteral("tag"), rec.tag},
+        {QStringLiteral("timeout"), rec.timeout},
+        {QStringLiteral("payload"), QString::fromLatin1(rec.payload.toHex())},
+        {QStringLiteral("length"), rec.payload.size()},
+    };
+}
+
+bool osdRecordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error) {
+    rec = model_OsdParam();
+    for (auto it = json.begin(); it != json.end(); ++it) {
+        const QString key = it.key();
+        if (key == QLatin1String("header")) {
+            const QByteArray head = QByteArray::fromHex(it.value().toString().toLatin1());
+            if (head.size() != int(sizeof rec.frameHead)) {
+                error = QStringLiteral("OSD header must be 11 bytes of hex");
+                return false;
+            }
+            std::copy(head.begin(), head.end(), rec.frameHead);
+        } else if (key == QLatin1String("tag")) {
+            rec.tag = it.value().toString();
+        } else if (key == QLatin1String("timeout")) {
+            rec.timeout = it.value().toInt();
+        } else if (key == QLatin1String("payload")) {
+            rec.payload = QByteArray::fromHex(it.value().toString().toLatin1());
+        } else if (key != QLatin1String("osd") && key != QLatin1String("length")) {
+            error = QStringLiteral("an OSD record has no field named %1").arg(key);
+            return false;
+        }
+    }
+    return true;
+}

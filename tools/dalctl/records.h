@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model_osdparam.h"
 #include "model_protocoldata.h"
 
 #include <QJsonObject>
@@ -15,3 +16,8 @@ QJsonObject recordJson(const model_Protocoldata& rec);
 // One line for comparing the same request across families.
 QString recordSummary(const model_Protocoldata& rec);
 bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& error);
+
+// The OSD box's records: header, tag, time-out and payload.
+QString osdRecordText(const model_OsdParam& rec, int number);
+QJsonObject osdRecordJson(const model_OsdParam& rec);
+bool osdRecordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error);

@@ -1,6 +1,7 @@
 #include "session.h"
 
 #include "biz_cmdswork.h"
+#include "biz_osd_cmdswork.h"
 #include "dalTarsel.h"
 #include "dal_osd.h"
 #include "dal_pommet.h"
@@ -24,6 +25,14 @@ QVector<model_Protocoldata> drainQueue() {
     QVector<model_Protocoldata> records(biz_CMDSWork::queueHexCmd.begin(),
                                         biz_CMDSWork::queueHexCmd.end());
     biz_CMDSWork::queueHexCmd.clear();
+    return records;
+}
+
+QVector<model_OsdParam> drainOsdQueue() {
+    std::lock_guard<std::mutex> lock(biz_Osd_CMDSWork::sendQueueLock);
+    QVector<model_OsdParam> records(biz_Osd_CMDSWork::sendQueue.begin(),
+                                    biz_Osd_CMDSWork::sendQueue.end());
+    biz_Osd_CMDSWork::sendQueue.clear();
     return records;
 }
 
@@ -106,6 +115,7 @@ Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models 
     DalTarsel::isConnected = true;
     Dal_Pommet::isConnected = true;
     drainQueue();
+    drainOsdQueue();
 
     DalTarsel tarsel;
     Dal_Pommet pommet;
@@ -117,5 +127,6 @@ Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models 
     else
         outcome.returned = runOperation(call, targets, models);
     outcome.records = drainQueue();
+    outcome.osdRecords = drainOsdQueue();
     return outcome;
 }

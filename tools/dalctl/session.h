@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model_osdparam.h"
 #include "model_protocoldata.h"
 #include "models.h"
 
@@ -26,6 +27,7 @@ struct DeviceSetting {
 // What one request left on the queues, and what the operation returned.
 struct Outcome {
     QVector<model_Protocoldata> records;
+    QVector<model_OsdParam> osdRecords;
     QString returned;
 };
 
