@@ -1,6 +1,7 @@
 #include "dalTarsel.h"
 
 #include "biz_cmdswork.h"
+#include "bytes.h"
 #include "utility_manage.h"
 
 #include <QDebug>
@@ -134,20 +135,9 @@ void DalTarsel::setRetFlagStatus(bool flag) {
     biz_CMDSWork::bRetFlag = flag;
 }
 
-QByteArray DalTarsel::getBlock(unsigned char* data, int len) {
-    if (len <= 0)
-        return QByteArray();
-    return QByteArray(reinterpret_cast<const char*>(data), len);
-}
+QByteArray DalTarsel::getBlock(unsigned char* data, int len) { return dal::bytesOf(data, len); }
 
-void DalTarsel::setCheckSum(unsigned char* buf, int len) {
-    if (len < 0)
-        return; // index len would lie before the block
-    unsigned char sum = 0;
-    for (int i = 0; i < len; ++i)
-        sum += buf[i];
-    buf[len] = sum;
-}
+void DalTarsel::setCheckSum(unsigned char* buf, int len) { dal::writeCheckSum(buf, len); }
 
 void DalTarsel::splitTwoByte(short value, unsigned char& low, unsigned char& high) {
     low = value & 0xFF;

@@ -1,6 +1,7 @@
 #include "dal_osd.h"
 
 #include "biz_osd_cmdswork.h"
+#include "bytes.h"
 
 namespace {
 
@@ -20,21 +21,10 @@ unsigned char high(int value) { return static_cast<unsigned char>(value >> 8); }
 
 dal_Osd::dal_Osd() : QObject(nullptr) {}
 
-QByteArray dal_Osd::getBlock(unsigned char* data, int len) {
-    if (len < 1)
-        return QByteArray();
-    return QByteArray(reinterpret_cast<const char*>(data), len);
-}
+QByteArray dal_Osd::getBlock(unsigned char* data, int len) { return dal::bytesOf(data, len); }
 
 // Kept for callers that want it; OSD frames carry no checksum.
-void dal_Osd::setCheckSum(unsigned char* buf, int len) {
-    if (len < 0)
-        return; // index len would lie before the block
-    unsigned char sum = 0;
-    for (int i = 0; i < len; ++i)
-        sum += buf[i];
-    buf[len] = sum;
-}
+void dal_Osd::setCheckSum(unsigned char* buf, int len) { dal::writeCheckSum(buf, len); }
 
 void dal_Osd::f_SendCmd(int cmd, unsigned char* data, int len, QString tag, int timeout) {
     model_OsdParam rec;

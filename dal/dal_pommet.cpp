@@ -1,5 +1,381 @@
 #include "dal_pommet.h"
 
+#include "biz_cmdswork.h"
+#include "bytes.h"
+#include "utility_manage.h"
+
+#include <QDebug>
+
+#include <chrono>
+#include <optional>
+#include <thread>
+#include <tuple>
+
 bool Dal_Pommet::isConnected = false;
+std::mutex Dal_Pommet::mute;
+
+namespace {
+
+constexpr int kKeysPerGroup = 16;
+constexpr int kKeysOnModel605Kind2 = 13;
+constexpr int kScratchSize = 2048; // the largest block the keyboard takes, checksum included
+constexpr auto kPacing = std::chrono::milliseconds(10);
+
+// Positions within a 101-byte key entry.
+enum EntryField {
+    Led = 8,
+    Attributes = 11,
+    Length1 = 13,
+    Length2 = 14,
+    Length3 = 15,
+    Line1 = 16,
+    Line2 = 47,
+    Line3 = 78,
+    EntrySize = 101
+};
+
+// The key tables by kind: the first key code and the number of groups. Other kinds share one
+// flat table addressed by the key code alone.
+struct KeyTable {
+    int kind;
+    int firstCode;
+    int groups;
+    QVector<_KeyParam> Model_PommetParam::*entries;
+};
+
+const KeyTable kKeyTables[] = {
+    {1, 105, 5, &Model_PommetParam::keysKind1},  {2, 203, 5, &Model_PommetParam::keysKind2},
+    {3, 313, 10, &Model_PommetParam::keysKind3}, {5, 505, 5, &Model_PommetParam::keysKind5},
+    {6, 403, 5, &Model_PommetParam::keysKind6},
+};
+
+const KeyTable* tableOf(int kind) {
+    for (const KeyTable& table : kKeyTables)
+        if (table.kind == kind)
+            return &table;
+    return nullptr;
+}
+
+// Before the keyboard link is confirmed only these (CMD, DAT1) pairs may leave.
+bool isLinkProbe(unsigned char cmd, unsigned char dat1) {
+    const unsigned char probes[][2] = {
+        {0x6A, 0x11}, {0xA2, 0x02}, {0xA2, 0x15}, {0xA2, 0x16}, {0x9A, 0xB1}};
+    for (const auto& probe : probes)
+        if (probe[0] == cmd && probe[1] == dat1)
+            return true;
+    return false;
+}
+
+unsigned char low(int value) { return static_cast<unsigned char>(value); }
+unsigned char high(int value) { return static_cast<unsigned char>(value >> 8); }
+
+QByteArray field(const _KeyParam& key, int position, int width) {
+    return QByteArray(reinterpret_cast<const char*>(key.bytes + position), width);
+}
+
+// A label line of `length` bytes from `position`, or nothing when the entry does not hold it.
+std::optional<QByteArray> line(const _KeyParam& key, int position, int length) {
+    if (length < 0 || position + length > EntrySize)
+        return std::nullopt;
+    return field(key, position, length);
+}
+
+// The entry a key addresses, or null (with a warning) when the kind's table does not hold it.
+const _KeyParam* keyEntry(const Model_PommetParam& param, int kind, int group, int key,
+                          const char* operation) {
+    const KeyTable* table = tableOf(kind);
+    const QVector<_KeyParam>& entries = table ? param.*(table->entries) : param.keysOther;
+    const int index = table ? group * kKeysPerGroup + key - table->firstCode : key;
+    if (index < 0 || index >= entries.size()) {
+        qWarning("%s: key %d of kind %d, group %d is outside the table of %d keys", operation, key,
+                 kind, group, int(entries.size()));
+        return nullptr;
+    }
+    return &entries[index];
+}
+
+// The keys of a group in its kind's table: 16, or 13 for kind 2 on model 605. Empty (with a
+// warning where the group lies outside the table) for kinds without a table.
+QVector<_KeyParam> groupKeys(const Model_PommetParam& param, int kind, int group,
+                             const char* operation) {
+    const KeyTable* table = tableOf(kind);
+    if (!table)
+        return {};
+    const QVector<_KeyParam>& entries = param.*(table->entries);
+    const int count =
+        kind == 2 && param.keyboardModel == 605 ? kKeysOnModel605Kind2 : kKeysPerGroup;
+    if (group < 0 || (group + 1) * kKeysPerGroup > entries.size()) {
+        qWarning("%s: group %d of kind %d is outside the table of %d keys", operation, group, kind,
+                 int(entries.size()));
+        return {};
+    }
+    return entries.mid(group * kKeysPerGroup, count);
+}
+
+bool fitsScratch(const QByteArray& block, const char* operation) {
+    if (block.size() + 1 <= kScratchSize)
+        return true;
+    qWarning("%s: a block of %d bytes exceeds the keyboard's %d", operation, int(block.size() + 1),
+             kScratchSize);
+    return false;
+}
+
+// Label lines of a key in the variable layout: line 3 from `line3At` (its own storage in the
+// group form, line 2's in the single-key form).
+std::optional<QByteArray> variableLabel(const _KeyParam& key, int line3At, const char* operation) {
+    const auto one = line(key, Line1, key.bytes[Length1]);
+    const auto two = line(key, Line2, key.bytes[Length2]);
+    const auto three = line(key, line3At, key.bytes[Length3]);
+    if (!one || !two || !three) {
+        qWarning("%s: a label length reaches past the key's entry", operation);
+        return std::nullopt;
+    }
+    return field(key, Attributes, 2) + field(key, Length1, 3) + *one + *two + *three;
+}
+
+// Label lines of a key in the fixed layout: G bytes of lines 1 and 2.
+std::optional<QByteArray> fixedLabel(const _KeyParam& key, const char* operation) {
+    const int g = Model_PommetParam::gOledLength;
+    const auto one = line(key, Line1, g);
+    const auto two = line(key, Line2, g);
+    if (!one || !two) {
+        qWarning("%s: label length %d reaches past the key's entry", operation, g);
+        return std::nullopt;
+    }
+    return field(key, Attributes, 2) + *one + *two;
+}
+
+QByteArray keyCode(int key) {
+    QByteArray code;
+    code.append(char(low(key))).append(char(high(key)));
+    return code;
+}
+
+bool fixedLabelFirmware() {
+    return QString::compare(Utility_Manage::getToneProcVer(), QStringLiteral("1.02"),
+                            Qt::CaseInsensitive) <= 0;
+}
+
+} // namespace
 
 Dal_Pommet::Dal_Pommet() : QObject(nullptr) {}
+
+QByteArray Dal_Pommet::getBlock(unsigned char* data, int len) { return dal::bytesOf(data, len); }
+
+void Dal_Pommet::setCheckSum(unsigned char* data, int len) { dal::writeCheckSum(data, len); }
+
+void Dal_Pommet::f_SendCmd(int waitMs, unsigned char cmd, unsigned char dat1, unsigned char dat2,
+                           unsigned char dat3, unsigned char dat4, unsigned char* data, int len) {
+    if (Utility_Manage::getConnectToneFlag() == 0 && !isLinkProbe(cmd, dat1))
+        return;
+    model_Protocoldata rec;
+    rec.timeout = waitMs;
+    const unsigned char head[] = {0, cmd, dat1, dat2, dat3, dat4};
+    std::copy(std::begin(head), std::end(head), rec.cmdHead + 1);
+    if (data)
+        rec.arryDatablock = getBlock(data, len);
+    rec.statusByte = 0;
+    rec.deviceType = 0x400000;
+    if (isConnected)
+        addToQueue(rec);
+}
+
+// The pause is held inside the lock: it paces the keyboard against every producer.
+void Dal_Pommet::addToQueue(model_Protocoldata rec) {
+    std::lock_guard<std::mutex> lock(biz_CMDSWork::HexCmdlock);
+    biz_CMDSWork::queueHexCmd.push_back(std::move(rec));
+    std::this_thread::sleep_for(kPacing);
+}
+
+namespace {
+
+// Sends a data block, its checksum appended, with the head bytes the block's length decides.
+template <class Head>
+void sendBlock(Dal_Pommet& keyboard, int wait, unsigned char cmd, unsigned char dat1,
+               QByteArray block, Head head, const char* operation) {
+    if (!fitsScratch(block, operation))
+        return;
+    block = dal::withCheckSum(block);
+    const int n = block.size();
+    const auto [dat2, dat3, dat4] = head(n);
+    keyboard.f_SendCmd(wait, cmd, dat1, dat2, dat3, dat4,
+                       reinterpret_cast<unsigned char*>(block.data()), n);
+}
+
+} // namespace
+
+void Dal_Pommet::getRuningStatus(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x03, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::setRuningStatus(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x02, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::getLockStatus(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x07, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::setLockStatus(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x06, param.lockValue, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::saveCurrentStatus(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x10, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::setFactory(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x13, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::setRestart(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x14, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::getKeyBoardVersion(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x15, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::setTbarRate(Model_PommetParam, int rate) {
+    f_SendCmd(3000, 0xA2, 0x16, low(rate), 0, 0, nullptr, 0);
+}
+void Dal_Pommet::setToneSave(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x17, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::getKeyBoardTbarValue(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x18, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::setDevTypeLED(int type) {
+    if (type > 0)
+        f_SendCmd(5000, 0xA2, 0x19, low(type), 0, 0, nullptr, 0);
+}
+void Dal_Pommet::getSN(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0x6A, 0x11, 0, 0, 0, nullptr, 0);
+}
+void Dal_Pommet::read_MCU_VerSion(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0x9A, 0xB1, 0, 0, 0, nullptr, 0);
+}
+// The device takes the inverse of the flag.
+void Dal_Pommet::setTbarCalibration(Model_PommetParam, int on) {
+    f_SendCmd(3000, 0x10, 0x04, on == 0 ? 1 : 0, 0, 0, nullptr, 0);
+}
+
+void Dal_Pommet::getKeyLed(Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xA2, 0x43, 0, 0, 0, nullptr, 0);
+}
+
+void Dal_Pommet::setKeyLed(int kind, int group, int key, Model_PommetParam param) {
+    if (const _KeyParam* entry = keyEntry(param, kind, group, key, "setKeyLed"))
+        sendBlock(
+            *this, param.waitTime, 0xA2, 0x42, field(*entry, Led, 3),
+            [key](int) { return std::make_tuple(0x04, low(key), high(key)); }, "setKeyLed");
+}
+
+void Dal_Pommet::getKeyLed_New(int key, Model_PommetParam param) {
+    sendBlock(
+        *this, param.waitTime, 0xF1, 0x42, keyCode(key),
+        [](int) { return std::make_tuple(0, 0, 0); }, "getKeyLed_New");
+}
+
+void Dal_Pommet::setKeyLed_New(int kind, int group, int key, Model_PommetParam param) {
+    if (const _KeyParam* entry = keyEntry(param, kind, group, key, "setKeyLed_New"))
+        sendBlock(
+            *this, 5000, 0xF0, 0x42, keyCode(key) + field(*entry, Led, 3),
+            [](int n) { return std::make_tuple(0, n, 0); }, "setKeyLed_New");
+}
+
+void Dal_Pommet::getGroupKeyLed(int group, Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xF1, 0x40, low(group), 0, 0, nullptr, 0);
+}
+
+void Dal_Pommet::setGroupKeyLed(int kind, int group, Model_PommetParam param) {
+    const QVector<_KeyParam> keys = groupKeys(param, kind, group, "setGroupKeyLed");
+    if (keys.isEmpty())
+        return;
+    QByteArray block;
+    for (const _KeyParam& key : keys)
+        block += field(key, Led, 3);
+    sendBlock(
+        *this, 8000, 0xF0, 0x40, block, [kind](int n) { return std::make_tuple(low(kind), n, 0); },
+        "setGroupKeyLed");
+}
+
+// An input key whose label starts with "N" has no signal: state 2, otherwise 5.
+void Dal_Pommet::setInputGropLed(int group, Model_PommetParam param) {
+    const QVector<_KeyParam> keys = groupKeys(param, 6, group, "setInputGropLed");
+    if (keys.isEmpty())
+        return;
+    QByteArray block;
+    for (const _KeyParam& key : keys)
+        block.append(char(key.bytes[Line1] == 'N' ? 2 : 5)).append('\x01').append('\x01');
+    sendBlock(
+        *this, 8000, 0xF0, 0x40, block, [](int n) { return std::make_tuple(0x06, n, 0); },
+        "setInputGropLed");
+}
+
+void Dal_Pommet::getKeyOled_New(int key, Model_PommetParam param) {
+    sendBlock(
+        *this, param.waitTime, 0xF1, 0x43, keyCode(key),
+        [](int) { return std::make_tuple(0, 0, 0); }, "getKeyOled_New");
+}
+
+// Line 3 comes from line 2's storage in this single-key form; DAT3 carries only the low byte
+// of the length.
+void Dal_Pommet::setKeyOled_P5(int kind, int group, int key, Model_PommetParam param) {
+    const _KeyParam* entry = keyEntry(param, kind, group, key, "setKeyOled_P5");
+    if (!entry)
+        return;
+    const auto label = variableLabel(*entry, Line2, "setKeyOled_P5");
+    if (label)
+        sendBlock(
+            *this, 5000, 0xF0, 0x43, QByteArray(1, 0x01) + keyCode(key) + *label,
+            [](int n) { return std::make_tuple(0, low(n), 0); }, "setKeyOled_P5");
+}
+
+void Dal_Pommet::setKeyOled_New(int kind, int group, int key, Model_PommetParam param) {
+    if (!fixedLabelFirmware()) {
+        setKeyOled_P5(kind, group, key, param);
+        return;
+    }
+    const _KeyParam* entry = keyEntry(param, kind, group, key, "setKeyOled_New");
+    if (!entry)
+        return;
+    const auto label = fixedLabel(*entry, "setKeyOled_New");
+    if (label)
+        sendBlock(
+            *this, 5000, 0xF0, 0x43, keyCode(key) + *label,
+            [](int n) { return std::make_tuple(0, low(n), high(n)); }, "setKeyOled_New");
+}
+
+void Dal_Pommet::getGroupKeyOled(int group, Model_PommetParam param) {
+    f_SendCmd(param.waitTime, 0xF1, 0x41, low(group), 0, 0, nullptr, 0);
+}
+
+void Dal_Pommet::setGroupKeyOled_P5(int kind, int group, Model_PommetParam param) {
+    const QVector<_KeyParam> keys = groupKeys(param, kind, group, "setGroupKeyOled_P5");
+    if (keys.isEmpty())
+        return;
+    QByteArray block;
+    for (const _KeyParam& key : keys) {
+        const auto label = variableLabel(key, Line3, "setGroupKeyOled_P5");
+        if (!label)
+            return;
+        block += *label;
+    }
+    sendBlock(
+        *this, 4000, 0xF0, 0x41, block,
+        [kind](int n) { return std::make_tuple(low(kind), low(n), high(n)); },
+        "setGroupKeyOled_P5");
+}
+
+void Dal_Pommet::setGroupKeyOled(int kind, int group, Model_PommetParam param) {
+    if (!fixedLabelFirmware()) {
+        setGroupKeyOled_P5(kind, group, param);
+        return;
+    }
+    const QVector<_KeyParam> keys = groupKeys(param, kind, group, "setGroupKeyOled");
+    if (keys.isEmpty())
+        return;
+    QByteArray block;
+    for (const _KeyParam& key : keys) {
+        const auto label = fixedLabel(key, "setGroupKeyOled");
+        if (!label)
+            return;
+        block += *label;
+    }
+    sendBlock(
+        *this, 4000, 0xF0, 0x41, block,
+        [kind](int n) { return std::make_tuple(low(kind), low(n), high(n)); }, "setGroupKeyOled");
+}

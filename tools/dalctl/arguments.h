@@ -32,7 +32,7 @@ QJsonObject parseJsonObject(const QString& text);
 
 template <class T>
 constexpr bool isModel = std::is_same_v<T, ModelTarsel> || std::is_same_v<T, ModelScene> ||
-                         std::is_same_v<T, ModelBankPlayer>;
+                         std::is_same_v<T, ModelBankPlayer> || std::is_same_v<T, Model_PommetParam>;
 
 // How one parameter of declared type P is filled. Parameters that take a command-line
 // argument parse it; model records come from Models; scalar out-parameters (non-const

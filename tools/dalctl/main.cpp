@@ -112,6 +112,15 @@ int main(int argc, char** argv) {
     const QCommandLineOption connectOption(QStringLiteral("connect-type"),
                                            QStringLiteral("Link kind reported by the utility."),
                                            QStringLiteral("N"), QStringLiteral("0"));
+    const QCommandLineOption toneFlagOption(
+        QStringLiteral("tone-flag"), QStringLiteral("Keyboard link confirmed (1) or not (0)."),
+        QStringLiteral("N"), QStringLiteral("1"));
+    const QCommandLineOption toneVersionOption(QStringLiteral("tone-ver"),
+                                               QStringLiteral("Keyboard firmware version."),
+                                               QStringLiteral("TEXT"));
+    const QCommandLineOption localIpOption(QStringLiteral("local-ip"),
+                                           QStringLiteral("Local address setting."),
+                                           QStringLiteral("TEXT"));
     const QCommandLineOption jsonOption(QStringLiteral("json"),
                                         QStringLiteral("One JSON object per record per line."));
     const QCommandLineOption traceOption(QStringLiteral("trace"),
@@ -119,8 +128,8 @@ int main(int argc, char** argv) {
     const QCommandLineOption modelOption(QStringLiteral("model"),
                                          QStringLiteral("Override model members from JSON."),
                                          QStringLiteral("FILE.json"));
-    parser.addOptions(
-        {deviceOption, subtypeOption, connectOption, jsonOption, traceOption, modelOption});
+    parser.addOptions({deviceOption, subtypeOption, connectOption, toneFlagOption,
+                       toneVersionOption, localIpOption, jsonOption, traceOption, modelOption});
 
     if (!parser.parse(QCoreApplication::arguments()))
         return badInput(parser.errorText(), parser.helpText());
@@ -157,9 +166,14 @@ int main(int argc, char** argv) {
             args::parseInteger(parser.value(subtypeOption), -0x80000000LL, 0x7FFFFFFFLL));
         device.connectType =
             static_cast<int>(args::parseInteger(parser.value(connectOption), 0, 0xFF));
+        device.toneFlag = static_cast<int>(
+            args::parseInteger(parser.value(toneFlagOption), -0x80000000LL, 0x7FFFFFFFLL));
     } catch (const ArgError& e) {
         return badInput(QString::fromLatin1(e.what()), QString());
     }
+
+    device.toneVersion = parser.value(toneVersionOption);
+    device.localIp = parser.value(localIpOption);
 
     Models models = Models::defaults();
     if (parser.isSet(modelOption)) {

@@ -67,6 +67,12 @@ const std::map<QString, FieldSetter<ModelScene>> kSceneFields = {
 
 const std::map<QString, FieldSetter<ModelBankPlayer>> kBankPlayerFields = {};
 
+const std::map<QString, FieldSetter<Model_PommetParam>> kKeyboardFields = {
+    FIELD(Model_PommetParam, waitTime),
+    FIELD(Model_PommetParam, lockValue),
+    FIELD(Model_PommetParam, keyboardModel),
+};
+
 #undef FIELD
 
 template <class M>
@@ -95,6 +101,26 @@ QString applyAll(const std::map<QString, FieldSetter<M>>& fields, M& model,
     return QString();
 }
 
+// Every key gets distinct LED bytes and short labels, so that a key read from the wrong entry
+// or a swapped field shows in the output.
+void fillKeys(QVector<_KeyParam>& keys, int kind) {
+    for (int i = 0; i < keys.size(); ++i) {
+        unsigned char* b = keys[i].bytes;
+        b[8] = static_cast<unsigned char>(kind);
+        b[9] = static_cast<unsigned char>(i);
+        b[10] = static_cast<unsigned char>(i >> 8);
+        b[11] = 0xA0;
+        b[12] = 0xA1;
+        b[13] = 3;
+        b[14] = 2;
+        b[15] = 4;
+        const QByteArray line1 = QByteArray("K") + QByteArray::number(i);
+        std::copy(line1.begin(), line1.end(), b + 16);
+        std::copy_n("L2", 2, b + 47);
+        std::copy_n("L3", 2, b + 78);
+    }
+}
+
 } // namespace
 
 Models Models::defaults() {
@@ -111,6 +137,16 @@ Models Models::defaults() {
     m.scene.maxLayerCount = kCount;
     m.scene.maxBankCount = kBanks;
     m.scene.maxContainerCount = kCount;
+    m.keyboard.waitTime = kDefaultTimeout;
+    m.keyboard.lockValue = 1;
+    fillKeys(m.keyboard.keysKind1, 1);
+    fillKeys(m.keyboard.keysKind2, 2);
+    fillKeys(m.keyboard.keysKind3, 3);
+    fillKeys(m.keyboard.keysKind5, 5);
+    fillKeys(m.keyboard.keysKind6, 6);
+    fillKeys(m.keyboard.keysOther, 0);
+    Model_PommetParam::gOledLength = 4;
+
     for (int s = 0; s < kCount; ++s) {
         _Scene_Layer scene;
         for (int l = 0; l < kCount; ++l)
@@ -133,13 +169,16 @@ QString Models::override(const QByteArray& json) {
         QString error;
         const bool recordClass = it.key() == QLatin1String("ModelTarsel") ||
                                  it.key() == QLatin1String("ModelScene") ||
-                                 it.key() == QLatin1String("ModelBankPlayer");
+                                 it.key() == QLatin1String("ModelBankPlayer") ||
+                                 it.key() == QLatin1String("Model_PommetParam");
         if (recordClass && !it.value().isObject())
             error = QStringLiteral("%1 must hold a JSON object").arg(it.key());
         else if (it.key() == QLatin1String("ModelTarsel"))
             error = applyAll(kTarselFields, tarsel, it.value().toObject(), it.key());
         else if (it.key() == QLatin1String("ModelScene"))
             error = applyAll(kSceneFields, scene, it.value().toObject(), it.key());
+        else if (it.key() == QLatin1String("Model_PommetParam"))
+            error = applyAll(kKeyboardFields, keyboard, it.value().toObject(), it.key());
         else if (it.key() == QLatin1String("ModelBankPlayer"))
             error = applyAll(kBankPlayerFields, bankPlayer, it.value().toObject(), it.key());
         else {
@@ -149,6 +188,8 @@ QString Models::override(const QByteArray& json) {
                 error = applyOne(kSceneFields, scene, it.key(), it.value(), found);
             if (error.isEmpty())
                 error = applyOne(kBankPlayerFields, bankPlayer, it.key(), it.value(), found);
+            if (error.isEmpty())
+                error = applyOne(kKeyboardFields, keyboard, it.key(), it.value(), found);
             if (error.isEmpty() && !found)
                 error = QStringLiteral("no model record has a member named %1").arg(it.key());
         }

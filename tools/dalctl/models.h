@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model_pommetparam.h"
 #include "modelbankplayer.h"
 #include "modelscene.h"
 #include "modeltarsel.h"
@@ -13,6 +14,7 @@ struct Models {
     ModelTarsel tarsel;
     ModelScene scene;
     ModelBankPlayer bankPlayer;
+    Model_PommetParam keyboard;
 
     static Models defaults();
     // Applies {"member": value} to every record with that member and
@@ -34,4 +36,8 @@ struct ModelArg<ModelScene> {
 template <>
 struct ModelArg<ModelBankPlayer> {
     static ModelBankPlayer& from(Models& m) { return m.bankPlayer; }
+};
+template <>
+struct ModelArg<Model_PommetParam> {
+    static Model_PommetParam& from(Models& m) { return m.keyboard; }
 };

@@ -112,6 +112,9 @@ Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models 
     Utility_Manage::setDeviceType(device.deviceType);
     Utility_Manage::setDeviceSubType(device.subType);
     Utility_Manage::setConnectType(device.connectType);
+    Utility_Manage::setConnectToneFlag(device.toneFlag);
+    Utility_Manage::setToneProcVer(device.toneVersion);
+    Utility_Manage::setLocalIP(device.localIp);
     DalTarsel::isConnected = true;
     Dal_Pommet::isConnected = true;
     drainQueue();

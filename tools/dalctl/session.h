@@ -22,6 +22,9 @@ struct DeviceSetting {
     int deviceType = 0x700000;
     int subType = 0;
     int connectType = 0;
+    int toneFlag = 1;    // the keyboard link is confirmed
+    QString toneVersion; // keyboard firmware; empty compares below "1.02"
+    QString localIp;
 };
 
 // What one request left on the queues, and what the operation returned.

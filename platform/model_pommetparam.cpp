@@ -1,0 +1,3 @@
+#include "model_pommetparam.h"
+
+int Model_PommetParam::gOledLength = 0;
