@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kUntranslated = 0x700000;
 constexpr int kOwnCode = -1; // tag the record with the device's own code
+constexpr int kAnyLength = -1;
 
 using Translator = model_Protocoldata (DalTarsel::*)(model_Protocoldata&);
 
@@ -25,6 +26,8 @@ struct Route {
     Translator first;
     Translator second;
     int tag;
+    // Longest data block the family's framing takes; a longer one is refused, not wrapped.
+    int maxBlock = kAnyLength;
 };
 
 const std::vector<int> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x250000, 0x260000,
@@ -133,6 +136,13 @@ void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, in
     for (const Route& route : kRoutes) {
         if (!matches(route, device, rec.cmdHead[2]))
             continue;
+        if (route.maxBlock != kAnyLength && rec.arryDatablock.size() > route.maxBlock) {
+            qWarning().noquote() << QStringLiteral("---addToQueue----refused: data block of %1 "
+                                                   "bytes, the frame takes at most %2")
+                                        .arg(rec.arryDatablock.size())
+                                        .arg(route.maxBlock);
+            return;
+        }
         if (route.first)
             rec = (this->*route.first)(rec);
         if (route.second)
