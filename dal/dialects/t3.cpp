@@ -1,8 +1,9 @@
 #include "dalTarsel.h"
 #include "t3_notation.h"
 
-#include "biz_cmdswork.h"
 #include "utility_manage.h"
+
+#include <iterator>
 
 namespace t3 {
 
@@ -23,8 +24,8 @@ QString fill(const QString& pattern, const QStringList& values) {
     return text;
 }
 
-int inputNumber(int code, int rows) {
-    return Utility_Manage::getInputIndexForT3(code, rows, 1) + 1;
+int inputNumber(int code, int kind) {
+    return Utility_Manage::getInputIndexForT3(code, kind, 1) + 1;
 }
 
 std::optional<QString> letter(int index) {
@@ -56,7 +57,6 @@ std::optional<QStringList> tallyOfDat2(const model_Protocoldata& rec) {
 namespace {
 
 using namespace t3;
-using Values = t3::Values;
 
 constexpr int kAnyDat2 = -1;
 

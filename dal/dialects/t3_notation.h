@@ -23,9 +23,9 @@ inline int dat4Of(const model_Protocoldata& rec) { return rec.cmdHead[6]; }
 // Replaces %1 .. %99 in one pass, so that a value is never scanned for placeholders.
 QString fill(const QString& pattern, const QStringList& values);
 
-// One-based input number the device shows for a port code; `rows` is the lookup's second
+// One-based input number the device shows for a port code; `kind` is the lookup's second
 // argument (0 for the board-version query, 1 elsewhere).
-int inputNumber(int code, int rows);
+int inputNumber(int code, int kind);
 // The port letter "A".."F"; none outside the list.
 std::optional<QString> letter(int index);
 
