@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kUntranslated = 0x700000;
 constexpr int kOwnCode = -1; // tag the record with the device's own code
+constexpr int kAnyLength = -1;
 
 using Translator = model_Protocoldata (DalTarsel::*)(model_Protocoldata&);
 
@@ -28,6 +29,8 @@ struct Route {
     Translator first;
     Translator second;
     int tag;
+    // Longest data block the family's framing takes; a longer one is refused, not wrapped.
+    int maxBlock = kAnyLength;
 };
 
 constexpr std::array<int, 9> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x250000, 0x260000,
@@ -37,15 +40,15 @@ constexpr std::array<int, 9> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x25
 // clang-format off
 const Route kRoutes[] = {
     {{0x250300}, Cmds::Any, nullptr, nullptr, 0x250300},                     // T9
-    {{0x250310}, Cmds::Any, nullptr, nullptr, 0x250310},                     // T3
-    {{0x250400}, Cmds::Any, nullptr, nullptr, 0x250400},                     // T3
+    {{0x250310}, Cmds::Any, &DalTarsel::transformBufToQStringForT3, nullptr, 0x250310}, // T3
+    {{0x250400}, Cmds::Any, &DalTarsel::transformBufToQStringForT3, nullptr, 0x250400}, // T3
     {{0x250502}, Cmds::Any, nullptr, nullptr, 0x250502},                     // KR2
     {{0x2D0000}, Cmds::Any, nullptr, nullptr, 0x2D0000},                     // NV
     {{0x900000}, Cmds::Any, nullptr, nullptr, 0x900000},                     // H40
     {{0x900001}, Cmds::Any, nullptr, nullptr, 0x900001},                     // H40B
-    {{0x2C0103, 0x2C0104}, Cmds::Tunnel, nullptr, nullptr, 0x2C0104},        // VantaZ
-    {{0x2C0103, 0x2C0104}, Cmds::Other, nullptr, nullptr, 0x2C0104},         // VM6S
-    {kCadexDevices, Cmds::Tunnel, nullptr, nullptr, kOwnCode},               // Cadex
+    {{0x2C0103, 0x2C0104}, Cmds::Tunnel, &DalTarsel::transformBufToQStringForVantaZ, nullptr, 0x2C0104, 242}, // VantaZ
+    {{0x2C0103, 0x2C0104}, Cmds::Other, &DalTarsel::transformBufToQStringForVM6S, &DalTarsel::convertCheckSumForVMS, 0x2C0104}, // VM6S
+    {kCadexDevices, Cmds::Tunnel, &DalTarsel::transformBufToQStringForCadex, nullptr, kOwnCode, 250}, // Cadex
     {kCadexDevices, Cmds::Other, nullptr, nullptr, kOwnCode},                // native
     {{0x2C0201, 0x2C0202}, Cmds::Any, nullptr, nullptr, 0x2C0202},           // native
 };
@@ -164,6 +167,13 @@ void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, in
 
     const int device = Utility_Manage::getDeviceType();
     if (const Route* route = kRouteIndex.find(device, rec.cmdHead[2])) {
+        if (route->maxBlock != kAnyLength && rec.arryDatablock.size() > route->maxBlock) {
+            qWarning().noquote() << QStringLiteral("---addToQueue----refused: data block of %1 "
+                                                   "bytes, the frame takes at most %2")
+                                        .arg(rec.arryDatablock.size())
+                                        .arg(route->maxBlock);
+            return;
+        }
         if (route->first)
             rec = (this->*route->first)(rec);
         if (route->second)

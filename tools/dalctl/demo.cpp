@@ -17,6 +17,7 @@ const DemoRequest kRequests[] = {
     {"take", {"raw", "0x78", "0", "1", "0", "0"}},
     {"IP read", {"raw", "0x73", "1", "0", "0", "0"}},
     {"layer write", {"raw", "0xF0", "0x20", "0", "3", "0", "010203"}},
+    {"board-level input query", {"raw", "0x90", "0x03", "2", "0", "0", "05"}},
 };
 
 const char* const kFamilies[] = {"native", "T9", "T3", "KR2", "NV", "H40", "H40B", "VM6S", "Cadex"};
