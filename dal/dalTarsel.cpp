@@ -32,13 +32,13 @@ const std::vector<int> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x250000, 
 
 // First matching row wins; a device without a row keeps the native frame, tagged 0x700000.
 const Route kRoutes[] = {
-    {{0x250300}, Cmds::Any, nullptr, nullptr, 0x250300},                     // T9
+    {{0x250300}, Cmds::Any, &DalTarsel::transformBufToQStringForT9, nullptr, 0x250300}, // T9
     {{0x250310}, Cmds::Any, nullptr, nullptr, 0x250310},                     // T3
     {{0x250400}, Cmds::Any, nullptr, nullptr, 0x250400},                     // T3
-    {{0x250502}, Cmds::Any, nullptr, nullptr, 0x250502},                     // KR2
-    {{0x2D0000}, Cmds::Any, nullptr, nullptr, 0x2D0000},                     // NV
-    {{0x900000}, Cmds::Any, nullptr, nullptr, 0x900000},                     // H40
-    {{0x900001}, Cmds::Any, nullptr, nullptr, 0x900001},                     // H40B
+    {{0x250502}, Cmds::Any, &DalTarsel::transformBufToQStringForKR2, nullptr, 0x250502}, // KR2
+    {{0x2D0000}, Cmds::Any, &DalTarsel::transformBufToQStringForNV, nullptr, 0x2D0000}, // NV
+    {{0x900000}, Cmds::Any, &DalTarsel::transformBufToQStringForH40, nullptr, 0x900000}, // H40
+    {{0x900001}, Cmds::Any, &DalTarsel::transformBufToQStringForH40B, nullptr, 0x900001}, // H40B
     {{0x2C0103, 0x2C0104}, Cmds::Tunnel, nullptr, nullptr, 0x2C0104},        // VantaZ
     {{0x2C0103, 0x2C0104}, Cmds::Other, nullptr, nullptr, 0x2C0104},         // VM6S
     {kCadexDevices, Cmds::Tunnel, nullptr, nullptr, kOwnCode},               // Cadex
