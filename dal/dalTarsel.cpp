@@ -39,16 +39,16 @@ constexpr std::array<int, 9> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x25
 // First matching row wins; a device without a row keeps the native frame, tagged 0x700000.
 // clang-format off
 const Route kRoutes[] = {
-    {{0x250300}, Cmds::Any, nullptr, nullptr, 0x250300},                     // T9
-    {{0x250310}, Cmds::Any, &DalTarsel::transformBufToQStringForT3, nullptr, 0x250310}, // T3
-    {{0x250400}, Cmds::Any, &DalTarsel::transformBufToQStringForT3, nullptr, 0x250400}, // T3
-    {{0x250502}, Cmds::Any, nullptr, nullptr, 0x250502},                     // KR2
-    {{0x2D0000}, Cmds::Any, nullptr, nullptr, 0x2D0000},                     // NV
-    {{0x900000}, Cmds::Any, nullptr, nullptr, 0x900000},                     // H40
-    {{0x900001}, Cmds::Any, nullptr, nullptr, 0x900001},                     // H40B
-    {{0x2C0103, 0x2C0104}, Cmds::Tunnel, &DalTarsel::transformBufToQStringForVantaZ, nullptr, 0x2C0104, 242}, // VantaZ
+    {{0x250300}, Cmds::Any, &DalTarsel::transformBufToQStringForT9, nullptr, 0x250300},                                // T9
+    {{0x250310}, Cmds::Any, &DalTarsel::transformBufToQStringForT3, nullptr, 0x250310},                                // T3
+    {{0x250400}, Cmds::Any, &DalTarsel::transformBufToQStringForT3, nullptr, 0x250400},                                // T3
+    {{0x250502}, Cmds::Any, &DalTarsel::transformBufToQStringForKR2, nullptr, 0x250502},                               // KR2
+    {{0x2D0000}, Cmds::Any, &DalTarsel::transformBufToQStringForNV, nullptr, 0x2D0000},                                // NV
+    {{0x900000}, Cmds::Any, &DalTarsel::transformBufToQStringForH40, nullptr, 0x900000},                               // H40
+    {{0x900001}, Cmds::Any, &DalTarsel::transformBufToQStringForH40B, nullptr, 0x900001},                              // H40B
+    {{0x2C0103, 0x2C0104}, Cmds::Tunnel, &DalTarsel::transformBufToQStringForVantaZ, nullptr, 0x2C0104, 242},          // VantaZ
     {{0x2C0103, 0x2C0104}, Cmds::Other, &DalTarsel::transformBufToQStringForVM6S, &DalTarsel::convertCheckSumForVMS, 0x2C0104}, // VM6S
-    {kCadexDevices, Cmds::Tunnel, &DalTarsel::transformBufToQStringForCadex, nullptr, kOwnCode, 250}, // Cadex
+    {kCadexDevices, Cmds::Tunnel, &DalTarsel::transformBufToQStringForCadex, nullptr, kOwnCode, 250},                      // Cadex
     {kCadexDevices, Cmds::Other, nullptr, nullptr, kOwnCode},                // native
     {{0x2C0201, 0x2C0202}, Cmds::Any, nullptr, nullptr, 0x2C0202},           // native
 };

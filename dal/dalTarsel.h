@@ -25,6 +25,9 @@ public:
     // Set by the application while a device link is up; every send is dropped while false.
     static bool isConnected;
 
+    // The container the KR2 family was last told to work on.
+    int curContainerIndex = 0;
+
 #define DAL_SEND(name, params, ...) void name params;
 #define DAL_OP(ret, name, params) ret name params;
 #define DAL_STATIC(ret, name, params) static ret name params;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 // The device model of one processor, as far as the data-access library reads it.
 // Each count accessor is backed by a public member that the application sets.
 class ModelTarsel {
@@ -21,4 +23,21 @@ public:
     int getMaxLayerCount() const { return maxLayerCount; }
     int getMaxInputBoardCount() const { return maxInputBoardCount; }
     int getMaxContainerCount() const { return maxContainerCount; }
+
+    // Read by setViClipForT9, setViPropertyForT9 and setH265InfoForT9 (T9 direct commands).
+    int viClipLeft = 0;
+    int viClipTop = 0;
+    int viClipRight = 0;
+    int viClipBottom = 0;
+    int viBright = 0;
+    int viContrast = 0;
+    int viHue = 0;
+    int viSat = 0;
+    int decoderFrame = 0;
+    int decoderCard = 0;
+    int decoderSub = 0;
+    QString decoderIp;
+    QString decoderGateway;
+    QString decoderMask;
+    QString decoderDns1;
 };

@@ -57,6 +57,17 @@ const std::map<QString, FieldSetter<ModelTarsel>> kTarselFields = {
     FIELD(ModelTarsel, maxSourceCount),    FIELD(ModelTarsel, maxOutPutBoardCount),
     FIELD(ModelTarsel, maxLayerCount),     FIELD(ModelTarsel, maxInputBoardCount),
     FIELD(ModelTarsel, maxContainerCount),
+    FIELD(ModelTarsel, viClipLeft),
+    FIELD(ModelTarsel, viClipTop),
+    FIELD(ModelTarsel, viClipRight),
+    FIELD(ModelTarsel, viClipBottom),
+    FIELD(ModelTarsel, viBright),
+    FIELD(ModelTarsel, viContrast),
+    FIELD(ModelTarsel, viHue),
+    FIELD(ModelTarsel, viSat),
+    FIELD(ModelTarsel, decoderFrame),
+    FIELD(ModelTarsel, decoderCard),
+    FIELD(ModelTarsel, decoderSub),
 };
 
 const std::map<QString, FieldSetter<ModelScene>> kSceneFields = {

@@ -1,0 +1,73 @@
+#include "dalTarsel.h"
+#include "dialect_table.h"
+
+using namespace dialect;
+
+namespace {
+
+constexpr int kKR2Device = 0x250502;
+
+struct KR2Row {
+    Key key;
+    Text text;
+};
+
+// Words in brackets, comma-separated without blanks; "(CLEAR)" is the device's own spelling.
+// clang-format off
+const KR2Row kKR2Rows[] = {
+    {{0x68, 6},     pat("(CLEAR)")},
+    {{0x68, 25},    pat("(sync,scegid)")},
+    {{0x68, 42},    pat("(fan,%1)", dat3Plus1)},
+    {{0x68, 43},    pat("(info,dev)")},
+    {{0x6A, 3},     pat("(ver)")},
+    {{0x85, 0},     pat("(ip)")},
+    {{0x89, 0},     pat("(ip)")},
+    {{0x8D, 0},     pat("(ip)")},
+    {{0x90, 1},     pat("(ip)")},
+    {{0x90, 3},     pat("(sync,incard)")},
+    {{0x90, 4},     pat("(info,res,%1)", dat2Plus1)},
+    {{0x92, 5},     pat("(sync,scene)")},
+    {{0xF0, 1, 2},  pat("(wnd,clear,%1)", dat4Plus1)},
+    {{0xF1, 4},     pat("(sync,outcard)")},
+    {{0xF1, 8},     pat("(sync,scewnd,%1)", dat2)},
+    {{0xF1, 59},    pat("(sync,omap)")},
+};
+// clang-format on
+
+bool isEdidUpload(const Rec& r) { return Key(0xF0, 12).matches(r); }
+
+} // namespace
+
+// Every KR2 command goes out as its text's bytes, except the EDID upload, which sends the
+// native data without its trailing checksum under a plain label.
+model_Protocoldata DalTarsel::transformBufToQStringForKR2(model_Protocoldata& rec) {
+    model_Protocoldata out = rec;
+    if (isEdidUpload(rec)) {
+        out.Datablock = QStringLiteral("edid file");
+        out.arryDatablock.chop(1);
+        return out;
+    }
+    if (const KR2Row* row = findRow(kKR2Rows, rec)) out.Datablock = row->text.render(rec);
+    out.arryDatablock = out.Datablock.toLocal8Bit();
+    return out;
+}
+
+void DalTarsel::f_SendCmdForKR2(int wait, int cmd, int dat1, int dat2, int dat3, int dat4,
+                                QString text, QByteArray bytes) {
+    model_Protocoldata rec = directRecord(Utility_Manage::getConnectType(), kKR2Device, wait, cmd,
+                                          dat1, dat2, dat3, dat4);
+    rec.Datablock = text;
+    rec.arryDatablock = bytes.isEmpty() ? text.toLocal8Bit() : bytes;
+    if (isConnected) addToQueue(rec);
+}
+
+void DalTarsel::setCurContainerIndexForT9(int index) {
+    curContainerIndex = index;
+    if (Utility_Manage::getDeviceType() != kKR2Device) return;
+    f_SendCmdForKR2(3000, 0xF0, 0x3B, index, 0, 0, QStringLiteral("(setting,cgrp,%1)").arg(index),
+                    QByteArray());
+}
+
+void DalTarsel::sendHeartbeatForKR2(int wait) {
+    f_SendCmdForKR2(wait, 0x90, 0x1F, 0, 0, 0, QStringLiteral("(ip)"), QByteArray());
+}
