@@ -42,6 +42,11 @@ public:
     QVector<_Scene_Layer> sceneList; // indexed by scene index
     int timeout = 0;                 // reply time-out of most scene commands, in milliseconds
 
+    // Whole-device transitions: setBlackSwitch, setTakeSwitch, setOutAlphaTime (milliseconds).
+    int blackSwitch = 0;
+    int takeSwitch = 0;
+    int outAlphaTime = 0;
+
     int maxLayerCount = 0;
     int maxBankCount = 0; // at most 16, the size of bankValues
     int maxContainerCount = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QList>
 
 // The device model of one processor, as far as the data-access library reads it.
 // Each count accessor is backed by a public member that the application sets.
@@ -16,6 +17,32 @@ public:
     int maxLayerCount = 0;
     int maxInputBoardCount = 0;
     int maxContainerCount = 0;
+
+    // System settings: setDeviceState, setDelay_Recall, setFanSpeed, setDelay_PowerON,
+    // setLogoDisplayMode, setOperationMode, setH264InputWorkMode (indexed by input).
+    int deviceState = 0;
+    int recallDelaySwitch = 0;
+    int recallDelayTime = 0;
+    int fanMode = 0;
+    int fanSpeed = 0;
+    int powerOnDelay = 0;
+    int logoDisplayMode = 0;
+    int operationMode = 0;
+    int operationAuxMode = 0;
+    int operationModeParam = 0;
+    QList<int> h264InputWorkModes;
+
+    // Advanced output timing and split mode: setAdvancedTimingOut*, setTwoSpliteMode.
+    int outHTotal = 0;
+    int outVTotal = 0;
+    int outHSize = 0;
+    int outVSize = 0;
+    int outHPos = 0;
+    int outVPos = 0;
+    int outPolarity = 0;
+    int outSyncWidth = 0;
+    int outColorSpace = 0;
+    int twoSplitMode = 0;
 
     int getMaxOutputCount() const { return maxOutputCount; }
     int getMaxSourceCount() const { return maxSourceCount; }

@@ -12,9 +12,9 @@ struct DemoRequest {
 
 // Representative requests, each shown for every family.
 const DemoRequest kRequests[] = {
-    {"board-version read", {"raw", "0x6A", "3", "0", "0", "0"}},
-    {"scene save", {"raw", "0x68", "0x1A", "1", "5", "0"}},
-    {"take", {"raw", "0x78", "0", "1", "0", "0"}},
+    {"board-version read", {"getComBoardVer"}},
+    {"scene save", {"saveScene", "3000", "5"}},
+    {"take", {"doTake", "1"}},
     {"IP read", {"raw", "0x73", "1", "0", "0", "0"}},
     {"layer write", {"raw", "0xF0", "0x20", "0", "3", "0", "010203"}},
     {"board-level input query", {"raw", "0x90", "0x03", "2", "0", "0", "05"}},

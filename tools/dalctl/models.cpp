@@ -68,12 +68,24 @@ const std::map<QString, FieldSetter<ModelTarsel>> kTarselFields = {
     FIELD(ModelTarsel, decoderFrame),
     FIELD(ModelTarsel, decoderCard),
     FIELD(ModelTarsel, decoderSub),
+    FIELD(ModelTarsel, deviceState),       FIELD(ModelTarsel, recallDelaySwitch),
+    FIELD(ModelTarsel, recallDelayTime),   FIELD(ModelTarsel, fanMode),
+    FIELD(ModelTarsel, fanSpeed),          FIELD(ModelTarsel, powerOnDelay),
+    FIELD(ModelTarsel, logoDisplayMode),   FIELD(ModelTarsel, operationMode),
+    FIELD(ModelTarsel, operationAuxMode),  FIELD(ModelTarsel, operationModeParam),
+    FIELD(ModelTarsel, outHTotal),         FIELD(ModelTarsel, outVTotal),
+    FIELD(ModelTarsel, outHSize),          FIELD(ModelTarsel, outVSize),
+    FIELD(ModelTarsel, outHPos),           FIELD(ModelTarsel, outVPos),
+    FIELD(ModelTarsel, outPolarity),       FIELD(ModelTarsel, outSyncWidth),
+    FIELD(ModelTarsel, outColorSpace),     FIELD(ModelTarsel, twoSplitMode),
 };
 
 const std::map<QString, FieldSetter<ModelScene>> kSceneFields = {
     FIELD(ModelScene, deviceType),        FIELD(ModelScene, timeout),
     FIELD(ModelScene, maxLayerCount),     FIELD(ModelScene, maxBankCount),
     FIELD(ModelScene, maxContainerCount),
+    FIELD(ModelScene, blackSwitch),       FIELD(ModelScene, takeSwitch),
+    FIELD(ModelScene, outAlphaTime),
 };
 
 const std::map<QString, FieldSetter<ModelBankPlayer>> kBankPlayerFields = {};
@@ -143,6 +155,17 @@ Models Models::defaults() {
     m.tarsel.maxLayerCount = kCount;
     m.tarsel.maxInputBoardCount = kBoards;
     m.tarsel.maxContainerCount = kCount;
+    // A 1080p60 output timing and a one-second alpha time, so that both DAT bytes carry data.
+    m.tarsel.outHTotal = 2200;
+    m.tarsel.outVTotal = 1125;
+    m.tarsel.outHSize = 1920;
+    m.tarsel.outVSize = 1080;
+    m.tarsel.outHPos = 192;
+    m.tarsel.outVPos = 41;
+    m.tarsel.outSyncWidth = 44;
+    m.tarsel.recallDelayTime = 5;
+    for (int i = 0; i < kCount; ++i)
+        m.tarsel.h264InputWorkModes.append(1);
 
     m.scene.timeout = kDefaultTimeout;
     m.scene.maxLayerCount = kCount;
@@ -158,6 +181,7 @@ Models Models::defaults() {
     fillKeys(m.keyboard.keysOther, 0);
     Model_PommetParam::gOledLength = 4;
 
+    m.scene.outAlphaTime = 1000;
     for (int s = 0; s < kCount; ++s) {
         _Scene_Layer scene;
         for (int l = 0; l < kCount; ++l)
