@@ -64,7 +64,7 @@ QString invoke(Call call, const QStringList& texts, Models& models, std::index_s
                const QStringList& names) {
     std::tuple<args::Holder<P>...> holders;
     int next = 0;
-    auto take = [&](auto& holder) {
+    [[maybe_unused]] auto take = [&](auto& holder) {
         if constexpr (std::decay_t<decltype(holder)>::takesArgument)
             holder.parse(texts.at(next++), models);
         else
