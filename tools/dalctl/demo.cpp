@@ -15,7 +15,7 @@ const DemoRequest kRequests[] = {
     {"board-version read", {"raw", "0x6A", "3", "0", "0", "0"}},
     {"scene save", {"raw", "0x68", "0x1A", "1", "5", "0"}},
     {"take", {"raw", "0x78", "0", "1", "0", "0"}},
-    {"IP read", {"raw", "0x73", "1", "0", "0", "0"}},
+    {"IP read", {"getIP", "3000"}},
     {"layer write", {"raw", "0xF0", "0x20", "0", "3", "0", "010203"}},
 };
 
