@@ -17,16 +17,19 @@ void collectWarning(QtMsgType type, const QMessageLogContext&, const QString& me
     warnings << message;
 }
 
-using ColourSetter = void (DalTarsel::*)(int, QString const&);
+using ColourSetter = void (*)(DalTarsel&, int, QString const&);
 
 const struct {
     const char* name;
     ColourSetter setter;
     int dat1;
-} kColourSetters[] = {{"previewFont", &DalTarsel::setPreviewFontColor, 0x1E},
-                      {"previewFrame", &DalTarsel::setPreviewFrameColor, 0x22},
-                      {"h265Font", &DalTarsel::setH265FontColor, 0x26},
-                      {"h265Frame", &DalTarsel::setH265FrameColor, 0x2A}};
+} kColourSetters[] = {
+    {"previewFont", [](DalTarsel& d, int t, QString const& c) { d.setPreviewFontColor(t, c); },
+     0x1E},
+    {"previewFrame", [](DalTarsel& d, int t, QString const& c) { d.setPreviewFrameColor(t, c); },
+     0x22},
+    {"h265Font", [](DalTarsel& d, int t, QString const& c) { d.setH265FontColor(t, c); }, 0x26},
+    {"h265Frame", [](DalTarsel& d, int t, QString const& c) { d.setH265FrameColor(t, c); }, 0x2A}};
 
 } // namespace
 
@@ -98,7 +101,7 @@ void tst_catalog_inputs::colour() {
     QFETCH(QString, colour);
     QFETCH(QByteArray, rgb);
     DalTarsel dal;
-    (dal.*kColourSetters[setter].setter)(2500, colour);
+    kColourSetters[setter].setter(dal, 2500, colour);
     const auto records = takeQueued();
     QCOMPARE(records.size(), 1);
     QCOMPARE(headOf(records[0]),
@@ -126,7 +129,7 @@ void tst_catalog_inputs::malformedColour() {
     for (const auto& s : kColourSetters) {
         warnings.clear();
         const QtMessageHandler previous = qInstallMessageHandler(collectWarning);
-        (dal.*s.setter)(3000, colour);
+        s.setter(dal, 3000, colour);
         qInstallMessageHandler(previous);
         QVERIFY(takeQueued().isEmpty());
         QCOMPARE(warnings.size(), 1);
