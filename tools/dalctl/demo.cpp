@@ -15,8 +15,10 @@ const DemoRequest kRequests[] = {
     {"board-version read", {"getComBoardVer"}},
     {"scene save", {"saveScene", "3000", "5"}},
     {"take", {"doTake", "1"}},
-    {"IP read", {"raw", "0x73", "1", "0", "0", "0"}},
+    {"IP read", {"getIP", "3000"}},
     {"layer write", {"raw", "0xF0", "0x20", "0", "3", "0", "010203"}},
+    {"fan speed", {"setFanSpeed"}},
+    {"modal read", {"raw", "0xF1", "8", "4", "0", "0"}},
     {"board-level input query", {"raw", "0x90", "0x03", "2", "0", "0", "05"}},
 };
 

@@ -78,6 +78,32 @@ const std::map<QString, FieldSetter<ModelTarsel>> kTarselFields = {
     FIELD(ModelTarsel, outHPos),           FIELD(ModelTarsel, outVPos),
     FIELD(ModelTarsel, outPolarity),       FIELD(ModelTarsel, outSyncWidth),
     FIELD(ModelTarsel, outColorSpace),     FIELD(ModelTarsel, twoSplitMode),
+    FIELD(ModelTarsel, usbFileIndex),
+    FIELD(ModelTarsel, usbPlayTime),
+    FIELD(ModelTarsel, usbPlayType),
+    FIELD(ModelTarsel, usbPicPlayTotalTime),
+    FIELD(ModelTarsel, usbPlayMode),
+    FIELD(ModelTarsel, usbPlayState),
+    FIELD(ModelTarsel, usbBankInput),
+    FIELD(ModelTarsel, usbBankIndex),
+    FIELD(ModelTarsel, usbBankFileIndex),
+    FIELD(ModelTarsel, clockItem),
+    FIELD(ModelTarsel, clockValue1),
+    FIELD(ModelTarsel, clockValue2),
+    FIELD(ModelTarsel, clockValue3),
+    FIELD(ModelTarsel, osdScrollSwitch),
+    FIELD(ModelTarsel, osdScrollSpeed),
+    FIELD(ModelTarsel, previewSwitch),
+    FIELD(ModelTarsel, previewRed),
+    FIELD(ModelTarsel, previewGreen),
+    FIELD(ModelTarsel, previewBlue),
+    FIELD(ModelTarsel, previewX),
+    FIELD(ModelTarsel, previewY),
+    FIELD(ModelTarsel, dns),
+    FIELD(ModelTarsel, maskIP),
+    FIELD(ModelTarsel, ip),
+    FIELD(ModelTarsel, gateWayIP),
+    FIELD(ModelTarsel, dhcpSwitch),
 };
 
 const std::map<QString, FieldSetter<ModelScene>> kSceneFields = {
@@ -88,7 +114,17 @@ const std::map<QString, FieldSetter<ModelScene>> kSceneFields = {
     FIELD(ModelScene, outAlphaTime),
 };
 
-const std::map<QString, FieldSetter<ModelBankPlayer>> kBankPlayerFields = {};
+const std::map<QString, FieldSetter<ModelBankPlayer>> kBankPlayerFields = {
+    FIELD(ModelBankPlayer, timeout),
+    FIELD(ModelBankPlayer, year),
+    FIELD(ModelBankPlayer, month),
+    FIELD(ModelBankPlayer, day),
+    FIELD(ModelBankPlayer, weekday),
+    FIELD(ModelBankPlayer, hours),
+    FIELD(ModelBankPlayer, minutes),
+    FIELD(ModelBankPlayer, seconds),
+    FIELD(ModelBankPlayer, clockSwitch),
+};
 
 const std::map<QString, FieldSetter<Model_PommetParam>> kKeyboardFields = {
     FIELD(Model_PommetParam, waitTime),
@@ -166,6 +202,23 @@ Models Models::defaults() {
     m.tarsel.recallDelayTime = 5;
     for (int i = 0; i < kCount; ++i)
         m.tarsel.h264InputWorkModes.append(1);
+    for (int port = 0; port < kCount; ++port) {
+        m.tarsel.byPassModes.append(1);
+        m.tarsel.input3DStates.append(1);
+    }
+    m.tarsel.dns = QStringLiteral("192.168.0.1");
+    m.tarsel.maskIP = QStringLiteral("255.255.255.0");
+    m.tarsel.ip = QStringLiteral("192.168.0.10");
+    m.tarsel.gateWayIP = QStringLiteral("192.168.0.1");
+
+    m.bankPlayer.timeout = kDefaultTimeout;
+    m.bankPlayer.year = 2024;
+    m.bankPlayer.month = 1;
+    m.bankPlayer.day = 1;
+    m.bankPlayer.weekday = 1;
+    m.bankPlayer.hours = 12;
+    for (int bank = 0; bank < kBanks; ++bank)
+        m.bankPlayer.autoLoopTimes.append(1);
 
     m.scene.timeout = kDefaultTimeout;
     m.scene.maxLayerCount = kCount;
