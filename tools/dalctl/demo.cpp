@@ -16,7 +16,8 @@ const DemoRequest kRequests[] = {
     {"scene save", {"raw", "0x68", "0x1A", "1", "5", "0"}},
     {"take", {"raw", "0x78", "0", "1", "0", "0"}},
     {"IP read", {"raw", "0x73", "1", "0", "0", "0"}},
-    {"layer write", {"raw", "0xF0", "0x20", "0", "3", "0", "010203"}},
+    {"layer write", {"setLayerDate", "0", "1"}},
+    {"whole-scene write", {"setSceneDate", "0"}},
 };
 
 const char* const kFamilies[] = {"native", "T9",  "T3",   "KR2",  "NV",
