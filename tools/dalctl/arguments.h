@@ -12,6 +12,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <algorithm>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -166,6 +167,29 @@ struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P
     P get() { return reinterpret_cast<P>(bytes.data()); }
     std::optional<long long> integer() const { return std::nullopt; }
     std::optional<int> bufferSize() const { return size; }
+    QString output() const { return QString(); }
+};
+
+// An int array given as "1,2,3". It is padded with zeros to kIntArrayReserve entries, more
+// than any per-container count a block accepts, so that an operation reading one entry per
+// container never reads past it.
+constexpr int kIntArrayReserve = 4096;
+template <class P>
+struct Holder<P, std::enable_if_t<std::is_same_v<P, int*>>> {
+    static constexpr bool takesArgument = true;
+    QVector<int> values;
+    void parse(const QString& text, Models&) {
+        values.clear();
+        if (!text.isEmpty())
+            for (const QString& item : text.split(QLatin1Char(',')))
+                values.append(
+                    static_cast<int>(parseInteger(item.trimmed(), std::numeric_limits<int>::min(),
+                                                  std::numeric_limits<int>::max())));
+        values.resize(std::max(values.size(), kIntArrayReserve));
+    }
+    int* get() { return values.data(); }
+    std::optional<long long> integer() const { return std::nullopt; }
+    std::optional<int> bufferSize() const { return std::nullopt; }
     QString output() const { return QString(); }
 };
 
