@@ -152,8 +152,11 @@ struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, model_Protocoldata>
     }
 };
 
-// A byte buffer given as hex. One spare byte follows the bytes given, for builders that
-// write a checksum just after the block.
+// A byte buffer given as hex. Zeros follow the bytes given: one spare byte for builders that
+// write a checksum just after the block, and at least kByteBufferReserve bytes in all, since an
+// operation whose length parameter does not follow the buffer (setInputPortEdid) escapes the
+// length check below and reads up to its own 1023-byte limit.
+constexpr int kByteBufferReserve = 1024;
 template <class P>
 struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P>()) == 1>> {
     static constexpr bool takesArgument = true;
@@ -162,7 +165,7 @@ struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P
     void parse(const QString& text, Models&) {
         bytes = parseHex(text);
         size = bytes.size();
-        bytes.append('\0');
+        bytes.append(QByteArray(std::max(1, kByteBufferReserve - size), '\0'));
     }
     P get() { return reinterpret_cast<P>(bytes.data()); }
     std::optional<long long> integer() const { return std::nullopt; }
