@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QVector>
 
 // The bank-player model read by the bank-player loop commands.
 class ModelBankPlayer {
@@ -18,4 +19,7 @@ public:
     int seconds = 0;
     int clockSwitch = 0;
     QList<int> autoLoopTimes; // one loop count per bank, sent as 16-bit values
+    // Read by setBankPlayLoopTiming and setBankPlayLoopTimes.
+    QVector<unsigned char> loopTimings; // 144 bytes
+    QVector<unsigned char> loopTimes;   // 128 bytes
 };

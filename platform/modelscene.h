@@ -1,5 +1,8 @@
 #pragma once
 
+#include "model_elements.h"
+
+#include <QList>
 #include <QVector>
 
 struct _Region {
@@ -40,6 +43,10 @@ class ModelScene {
 public:
     int deviceType = 0;
     QVector<_Scene_Layer> sceneList; // indexed by scene index
+    // Read by the container and geometry blocks.
+    QVector<QVector<_OutProperty>> outProperties;     // by group, then item
+    QList<_Take_Desktop> takes;                       // per container
+    QList<_InPropertyCrop_4K_60> inPropertyCrops4K60; // by input index
     int timeout = 0;                 // reply time-out of most scene commands, in milliseconds
 
     // Whole-device transitions: setBlackSwitch, setTakeSwitch, setOutAlphaTime (milliseconds).

@@ -58,6 +58,8 @@ QString keyOf(const Operation& op) {
 } // namespace
 
 QString sampleArgument(const QString& type) {
+    if (type.contains(QLatin1String("int*")))
+        return QStringLiteral("1,2");
     if (type.contains(QLatin1String("*")) || type.contains(QLatin1String("QByteArray")))
         return QStringLiteral("0102030405060708");
     if (type.contains(QLatin1String("bool")))

@@ -12,6 +12,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <algorithm>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -161,8 +162,11 @@ struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, model_OsdParam>>>
     }
 };
 
-// A byte buffer given as hex. One spare byte follows the bytes given, for builders that
-// write a checksum just after the block.
+// A byte buffer given as hex. Zeros follow the bytes given: one spare byte for builders that
+// write a checksum just after the block, and at least kByteBufferReserve bytes in all, since an
+// operation whose length parameter does not follow the buffer (setInputPortEdid) escapes the
+// length check below and reads up to its own 1023-byte limit.
+constexpr int kByteBufferReserve = 1024;
 template <class P>
 struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P>()) == 1>> {
     static constexpr bool takesArgument = true;
@@ -171,11 +175,34 @@ struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P
     void parse(const QString& text, Models&) {
         bytes = parseHex(text);
         size = bytes.size();
-        bytes.append('\0');
+        bytes.append(QByteArray(std::max(1, kByteBufferReserve - size), '\0'));
     }
     P get() { return reinterpret_cast<P>(bytes.data()); }
     std::optional<long long> integer() const { return std::nullopt; }
     std::optional<int> bufferSize() const { return size; }
+    QString output() const { return QString(); }
+};
+
+// An int array given as "1,2,3". It is padded with zeros to kIntArrayReserve entries, more
+// than any per-container count a block accepts, so that an operation reading one entry per
+// container never reads past it.
+constexpr int kIntArrayReserve = 4096;
+template <class P>
+struct Holder<P, std::enable_if_t<std::is_same_v<P, int*>>> {
+    static constexpr bool takesArgument = true;
+    QVector<int> values;
+    void parse(const QString& text, Models&) {
+        values.clear();
+        if (!text.isEmpty())
+            for (const QString& item : text.split(QLatin1Char(',')))
+                values.append(
+                    static_cast<int>(parseInteger(item.trimmed(), std::numeric_limits<int>::min(),
+                                                  std::numeric_limits<int>::max())));
+        values.resize(std::max(values.size(), kIntArrayReserve));
+    }
+    int* get() { return values.data(); }
+    std::optional<long long> integer() const { return std::nullopt; }
+    std::optional<int> bufferSize() const { return std::nullopt; }
     QString output() const { return QString(); }
 };
 

@@ -24,6 +24,76 @@ _LayerParam_Desktop defaultLayer(int scene, int layer) {
     return p;
 }
 
+// Lists of the data-block commands: one entry per output (plus the all-outputs DE entry), per
+// container, per layer and per input, with distinct values so that a swapped field shows.
+void addBlockDefaults(Models& m) {
+    ModelTarsel& t = m.tarsel;
+    for (int i = 0; i < kCount; ++i) {
+        _InProperty_4K_60 in;
+        _InPropertyCrop_4K_60 crop;
+        for (int k = 0; k < 13; ++k)
+            in.member[k] = 0x100 * i + k;
+        for (int k = 0; k < 12; ++k)
+            crop.member[k] = 0x100 * i + k;
+        t.inProperty4K60.append(in);
+        m.scene.inPropertyCrops4K60.append(crop);
+
+        _DSKInfo dsk;
+        for (int k = 0; k < 10; ++k)
+            dsk.member[k] = 10 * i + k;
+        t.dskInfoList.append(dsk);
+        t.layerDskInfos.append(dsk);
+
+        t.outPortParams.append({i, 1920, 1080, 10 * i, 20 * i, 0, 0, 90 * i});
+        _ContainerParam_Destktop container;
+        container.containerParam0 = 100 * i;
+        container.containerParam2 = 1920;
+        container.containerParam3 = 1080;
+        container.containerMode = i;
+        t.containerParams.append(container);
+        t.lcdBorders.append({i, i + 1, i + 2, 300});
+        t.testPatternModes.append(i);
+        t.testPatternColor1.append(0x10 + i);
+        t.testPatternColor2.append(0x20 + i);
+        t.testPatternColor3.append(0x30 + i);
+        t.outputBrightness.append(50 + i);
+        t.output3DStates.append(static_cast<unsigned char>(i % 2));
+        t.previewPorts.append(i);
+        t.hotBackups.append({i, i + 1, 1});
+
+        _Take_Desktop take;
+        take.alphaTime = 0.5f * (i + 1);
+        take.takeValue0 = static_cast<unsigned char>(i);
+        take.blackValue = static_cast<unsigned char>(i % 2);
+        take.takeValue1 = static_cast<unsigned char>(i + 1);
+        take.takeValue2 = static_cast<unsigned char>(i + 2);
+        m.scene.takes.append(take);
+
+        QVector<_OutProperty> group(kCount);
+        for (int item = 0; item < kCount; ++item) {
+            group[item].outProp23 = item;
+            group[item].outProp26 = 100 * item;
+            group[item].outProp27 = 50 * item;
+            group[item].outProp28 = 640;
+            group[item].outProp24 = 360;
+        }
+        m.scene.outProperties.append(group);
+    }
+    for (int i = 0; i <= kCount; ++i) // the last entry stands for all outputs
+        t.deInfos.append({1, 0, 0, 1920, 1080, i, 0, 0, 0, 0, 0});
+    t.allOutputsBrightness = 80;
+    t.streamInputIp = QStringLiteral("192.168.1.20");
+    t.streamInputMask = QStringLiteral("255.255.255.0");
+    t.streamInputGateway = QStringLiteral("192.168.1.1");
+    t.streamInputPort = 554;
+
+    m.bankPlayer.timeout = kDefaultTimeout;
+    for (int i = 0; i < 144; ++i)
+        m.bankPlayer.loopTimings.append(static_cast<unsigned char>(i));
+    for (int i = 0; i < 128; ++i)
+        m.bankPlayer.loopTimes.append(static_cast<unsigned char>(i));
+}
+
 // A setter of one scalar member from JSON; false when the value has the wrong kind.
 template <class M>
 using FieldSetter = std::function<bool(M&, const QJsonValue&)>;
@@ -104,6 +174,16 @@ const std::map<QString, FieldSetter<ModelTarsel>> kTarselFields = {
     FIELD(ModelTarsel, ip),
     FIELD(ModelTarsel, gateWayIP),
     FIELD(ModelTarsel, dhcpSwitch),
+    FIELD(ModelTarsel, allOutputsBrightness),
+    FIELD(ModelTarsel, userSettingByte0),
+    FIELD(ModelTarsel, userSettingByte1),
+    FIELD(ModelTarsel, userSettingValue0),
+    FIELD(ModelTarsel, userSettingValue1),
+    FIELD(ModelTarsel, streamInputIp),
+    FIELD(ModelTarsel, streamInputMask),
+    FIELD(ModelTarsel, streamInputGateway),
+    FIELD(ModelTarsel, streamInputPort),
+    FIELD(ModelTarsel, h264DisplayPic),
 };
 
 const std::map<QString, FieldSetter<ModelScene>> kSceneFields = {
@@ -244,6 +324,7 @@ Models Models::defaults() {
         scene.backgroundIndex = static_cast<unsigned char>(s);
         m.scene.sceneList.append(scene);
     }
+    addBlockDefaults(m);
     return m;
 }
 
