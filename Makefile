@@ -6,7 +6,7 @@ TSAN_BUILD ?= build-tsan
 BENCH_BUILD ?= build-bench
 FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
-FUZZERS    := fuzz_registry
+FUZZERS    := fuzz_registry fuzz_translators fuzz_blocks
 JOBS       ?= $(shell nproc)
 PACKAGES   := cmake g++ make pkg-config qtbase5-dev
 SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)

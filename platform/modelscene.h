@@ -47,7 +47,7 @@ public:
     QVector<QVector<_OutProperty>> outProperties;     // by group, then item
     QList<_Take_Desktop> takes;                       // per container
     QList<_InPropertyCrop_4K_60> inPropertyCrops4K60; // by input index
-    int timeout = 0;                 // reply time-out of most scene commands, in milliseconds
+    int timeout = 0; // reply time-out of most scene commands, in milliseconds
 
     // Whole-device transitions: setBlackSwitch, setTakeSwitch, setOutAlphaTime (milliseconds).
     int blackSwitch = 0;

@@ -16,7 +16,8 @@ public:
         captured().clear();
         previous = qInstallMessageHandler(
             [](QtMsgType type, const QMessageLogContext&, const QString& message) {
-                if (type == QtWarningMsg) captured() << message;
+                if (type == QtWarningMsg)
+                    captured() << message;
             });
     }
     ~WarningCapture() { qInstallMessageHandler(previous); }

@@ -12,7 +12,8 @@ std::mutex warningLock;
 QStringList warnings;
 
 void collectWarning(QtMsgType type, const QMessageLogContext&, const QString& message) {
-    if (type != QtWarningMsg) return;
+    if (type != QtWarningMsg)
+        return;
     std::lock_guard<std::mutex> lock(warningLock);
     warnings << message;
 }

@@ -28,7 +28,8 @@ model_Protocoldata sendOne(int cmd, int dat1, int dat2, int dat3, int dat4,
                           block.isNull() ? nullptr : reinterpret_cast<unsigned char*>(block.data()),
                           block.size(), text);
     const auto records = takeQueued();
-    if (records.size() != 1) qFatal("expected one queued record, got %d", int(records.size()));
+    if (records.size() != 1)
+        qFatal("expected one queued record, got %d", int(records.size()));
     return records[0];
 }
 

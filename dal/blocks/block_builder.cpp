@@ -53,13 +53,15 @@ void Block::sendSized(DalTarsel& dal, int timeout, int cmd, int dat1, int dat2) 
 }
 
 void Block::send(DalTarsel& dal, int timeout, int cmd, int dat1, int dat2, int dat3, int dat4) {
-    if (!seal()) return;
+    if (!seal())
+        return;
     dal.f_SendCmd(timeout, cmd, dat1, dat2, dat3, dat4,
                   reinterpret_cast<unsigned char*>(data.data()), length, QString());
 }
 
 bool holds(const char* operation, const char* what, int index, int size) {
-    if (index >= 0 && index < size) return true;
+    if (index >= 0 && index < size)
+        return true;
     qWarning().noquote() << QStringLiteral("%1: %2 %3 outside the %4 the model holds")
                                 .arg(QLatin1String(operation), QLatin1String(what))
                                 .arg(index)
@@ -68,7 +70,8 @@ bool holds(const char* operation, const char* what, int index, int size) {
 }
 
 bool holdsCount(const char* operation, const char* what, int count, int size) {
-    if (count >= 0 && count <= size) return true;
+    if (count >= 0 && count <= size)
+        return true;
     qWarning().noquote() << QStringLiteral("%1: %2 count %3 outside 0..%4, what the model holds")
                                 .arg(QLatin1String(operation), QLatin1String(what))
                                 .arg(count)

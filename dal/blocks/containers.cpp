@@ -26,7 +26,8 @@ int modeByte(int mode, int deviceType) {
                   deviceType) == std::end(kTranslatedModeDevices))
         return mode;
     for (const ModeRow& row : kModeTable)
-        if (row.mode == mode) return row.sent;
+        if (row.mode == mode)
+            return row.sent;
     return 0;
 }
 
@@ -54,7 +55,8 @@ void DalTarsel::setContainerParam(ModelTarsel& model, int deviceType) {
 }
 
 void DalTarsel::setBlackDuetoContainer(ModelScene scene) {
-    if (!takesHeld("setBlackDuetoContainer", scene)) return;
+    if (!takesHeld("setBlackDuetoContainer", scene))
+        return;
     Block block("setBlackDuetoContainer", kWorkBuffer);
     for (int k = 0; k < scene.getMaxContainerCount(); ++k)
         block.byte(scene.takes.at(k).blackValue);
@@ -62,7 +64,8 @@ void DalTarsel::setBlackDuetoContainer(ModelScene scene) {
 }
 
 void DalTarsel::setAlphaTimeDuetoContainer(ModelScene scene) {
-    if (!takesHeld("setAlphaTimeDuetoContainer", scene)) return;
+    if (!takesHeld("setAlphaTimeDuetoContainer", scene))
+        return;
     Block block("setAlphaTimeDuetoContainer", kWorkBuffer);
     for (int k = 0; k < scene.getMaxContainerCount(); ++k) {
         block.word(blocks::alphaMilliseconds(scene.takes.at(k).alphaTime));
@@ -75,7 +78,8 @@ void DalTarsel::setTakeDuetoContainer(int value, int selector, ModelScene scene)
     static unsigned char _Take_Desktop::*const kSelected[] = {
         &_Take_Desktop::takeValue0, &_Take_Desktop::takeValue1, &_Take_Desktop::takeValue2,
         &_Take_Desktop::takeValue2};
-    if (selector < 0 || selector > 3 || !takesHeld("setTakeDuetoContainer", scene)) return;
+    if (selector < 0 || selector > 3 || !takesHeld("setTakeDuetoContainer", scene))
+        return;
     Block block("setTakeDuetoContainer", kWorkBuffer);
     for (int k = 0; k < scene.getMaxContainerCount(); ++k)
         block.byte(scene.takes.at(k).*kSelected[selector]);
@@ -96,7 +100,8 @@ void DalTarsel::setCurrSceneLayerXYWHR(int group, int item, ModelScene scene) {
 }
 
 void DalTarsel::set4k60InputProperty(ModelTarsel model, int input) {
-    if (!blocks::holds("set4k60InputProperty", "input", input, model.inProperty4K60.size())) return;
+    if (!blocks::holds("set4k60InputProperty", "input", input, model.inProperty4K60.size()))
+        return;
     const int* m = model.inProperty4K60.at(input).member;
     Block block("set4k60InputProperty", kWorkBuffer);
     for (int i = 0; i <= 5; ++i)
@@ -108,7 +113,8 @@ void DalTarsel::set4k60InputProperty(ModelTarsel model, int input) {
 }
 
 void DalTarsel::set4k60CropInfo(ModelScene scene, int input) {
-    if (!blocks::holds("set4k60CropInfo", "input", input, scene.inPropertyCrops4K60.size())) return;
+    if (!blocks::holds("set4k60CropInfo", "input", input, scene.inPropertyCrops4K60.size()))
+        return;
     const int* m = scene.inPropertyCrops4K60.at(input).member;
     Block block("set4k60CropInfo", kWorkBuffer);
     for (int group = 0; group < 4; ++group)

@@ -18,14 +18,16 @@ void appendEntry(Block& block, const _DSKInfo& entry) {
 } // namespace
 
 void DalTarsel::setDskInfo(int index, ModelTarsel model) {
-    if (!blocks::holds("setDskInfo", "DSK entry", index, model.dskInfoList.size())) return;
+    if (!blocks::holds("setDskInfo", "DSK entry", index, model.dskInfoList.size()))
+        return;
     Block block("setDskInfo", kEntryBuffer);
     appendEntry(block, model.dskInfoList.at(index));
     block.send(*this, model.timeout, 0xF0, 0x0B, index, 11, 0);
 }
 
 void DalTarsel::setLayerDSKInfo(int layer, ModelTarsel model) {
-    if (!blocks::holds("setLayerDSKInfo", "layer", layer, model.layerDskInfos.size())) return;
+    if (!blocks::holds("setLayerDSKInfo", "layer", layer, model.layerDskInfos.size()))
+        return;
     Block block("setLayerDSKInfo", kEntryBuffer);
     appendEntry(block, model.layerDskInfos.at(layer));
     block.send(*this, model.timeout, 0xF0, 0x44, layer, 11, 0);
@@ -33,7 +35,8 @@ void DalTarsel::setLayerDSKInfo(int layer, ModelTarsel model) {
 
 void DalTarsel::setMultiLayerDSKInfo(ModelTarsel model) {
     const int c = model.getMaxLayerCount();
-    if (!blocks::holdsCount("setMultiLayerDSKInfo", "layer", c, model.layerDskInfos.size())) return;
+    if (!blocks::holdsCount("setMultiLayerDSKInfo", "layer", c, model.layerDskInfos.size()))
+        return;
     Block block("setMultiLayerDSKInfo", kAllLayersBuffer);
     for (int k = 0; k < c; ++k)
         appendEntry(block, model.layerDskInfos.at(k));

@@ -17,7 +17,8 @@ bool perOutput(const char* operation, const ModelTarsel& model, const List& list
 } // namespace
 
 void DalTarsel::setOutPortRotate(ModelTarsel model) {
-    if (!perOutput("setOutPortRotate", model, model.outPortParams)) return;
+    if (!perOutput("setOutPortRotate", model, model.outPortParams))
+        return;
     Block block("setOutPortRotate", kWorkBuffer);
     for (int i = 0; i < model.getMaxOutputCount(); ++i)
         block.byte(model.outPortParams.at(i).portRotation);
@@ -25,7 +26,8 @@ void DalTarsel::setOutPortRotate(ModelTarsel model) {
 }
 
 void DalTarsel::setOutPortCfgMs(ModelTarsel model) {
-    if (!perOutput("setOutPortCfgMs", model, model.outPortParams)) return;
+    if (!perOutput("setOutPortCfgMs", model, model.outPortParams))
+        return;
     const int c = model.getMaxOutputCount();
     Block block("setOutPortCfgMs", kWorkBuffer);
     for (int i = 0; i < c; ++i) {
@@ -44,7 +46,8 @@ void DalTarsel::setOutPortCfg(ModelTarsel model) {
 }
 
 void DalTarsel::setLcdBorderSetting(ModelTarsel model) {
-    if (!perOutput("setLcdBorderSetting", model, model.lcdBorders)) return;
+    if (!perOutput("setLcdBorderSetting", model, model.lcdBorders))
+        return;
     Block block("setLcdBorderSetting", kWorkBuffer);
     for (int i = 0; i < model.getMaxOutputCount(); ++i) {
         const _LcdBorderSetting& b = model.lcdBorders.at(i);

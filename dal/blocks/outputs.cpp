@@ -23,7 +23,8 @@ enum class High { None, SameMember, Polarity2 };
 
 void sendDe(DalTarsel& dal, const char* operation, int output, const ModelTarsel& model, int dat1,
             int _DeInfo::*member, High high) {
-    if (!blocks::holds(operation, "output", output, model.deInfos.size())) return;
+    if (!blocks::holds(operation, "output", output, model.deInfos.size()))
+        return;
     const _DeInfo& de = model.deInfos.at(output);
     const int value = de.*member;
     const int dat4 = high == High::SameMember  ? (value >> 8) & 0xFF
@@ -36,7 +37,8 @@ void sendDe(DalTarsel& dal, const char* operation, int output, const ModelTarsel
 // A fixed-length bank-player block: DAT3 and DAT4 stay 0.
 void sendLoopBlock(DalTarsel& dal, const char* operation, const QVector<unsigned char>& bytes,
                    int length, int dat1, int timeout) {
-    if (!blocks::holdsCount(operation, "loop byte", length, bytes.size())) return;
+    if (!blocks::holdsCount(operation, "loop byte", length, bytes.size()))
+        return;
     Block block(operation, length + 1);
     for (int i = 0; i < length; ++i)
         block.byte(bytes.at(i));
@@ -78,7 +80,8 @@ void DalTarsel::setDeOutputSignal(int output, ModelTarsel model) {
 }
 
 void DalTarsel::setTPMode(int output, ModelTarsel model) {
-    if (!blocks::holds("setTPMode", "output", output, model.testPatternModes.size())) return;
+    if (!blocks::holds("setTPMode", "output", output, model.testPatternModes.size()))
+        return;
     f_SendCmd(model.timeout, 0x7D, 0x00, output, model.testPatternModes.at(output), 0, nullptr, 0,
               QString());
 }
@@ -86,7 +89,8 @@ void DalTarsel::setTPMode(int output, ModelTarsel model) {
 void DalTarsel::setTPColor(int output, ModelTarsel model) {
     const int held = std::min({model.testPatternColor1.size(), model.testPatternColor2.size(),
                                model.testPatternColor3.size()});
-    if (!blocks::holds("setTPColor", "output", output, held)) return;
+    if (!blocks::holds("setTPColor", "output", output, held))
+        return;
     // The output index is not sent: DAT2 to DAT4 carry the colours, the last list first.
     f_SendCmd(model.timeout, 0x7D, 0x02, model.testPatternColor3.at(output),
               model.testPatternColor2.at(output), model.testPatternColor1.at(output), nullptr, 0,
@@ -113,7 +117,8 @@ void DalTarsel::setOutput3DState(ModelTarsel model, int output) {
 
 void DalTarsel::setPreviewPort(ModelTarsel model) {
     const int c = model.getMaxOutputCount();
-    if (!blocks::holdsCount("setPreviewPort", "output", c, model.previewPorts.size())) return;
+    if (!blocks::holdsCount("setPreviewPort", "output", c, model.previewPorts.size()))
+        return;
     Block block("setPreviewPort", kPreviewBuffer);
     for (int i = 0; i < c; ++i)
         block.byte(model.previewPorts.at(i));

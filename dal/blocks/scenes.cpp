@@ -35,7 +35,8 @@ void appendLayerHead(Block& block, const _LayerParam_Desktop& layer) {
 
 // The scene `sceneIndex`, or null (with a warning) when the model does not hold it.
 const _Scene_Layer* sceneOf(const char* operation, int sceneIndex, const ModelScene& scene) {
-    if (!blocks::holds(operation, "scene", sceneIndex, scene.sceneList.size())) return nullptr;
+    if (!blocks::holds(operation, "scene", sceneIndex, scene.sceneList.size()))
+        return nullptr;
     return &scene.sceneList.at(sceneIndex);
 }
 
@@ -54,7 +55,8 @@ template <class Member>
 void sendPerLayer(DalTarsel& dal, const char* operation, int capacity, int timeout, int dat1,
                   int sceneIndex, const ModelScene& scene, Member member) {
     const auto* layers = layersOf(operation, sceneIndex, scene);
-    if (!layers) return;
+    if (!layers)
+        return;
     Block block(operation, capacity);
     for (int i = 0; i < scene.getMaxLayerCount(); ++i)
         block.byte((*layers)[i].*member);
@@ -81,7 +83,8 @@ void queueDirectly(DalTarsel& dal, int cmd, int dat1, int dat2, const QString& t
 
 void DalTarsel::setLayerDate(int sceneIndex, int layerIndex, ModelScene scene) {
     const _Scene_Layer* s = sceneOf("setLayerDate", sceneIndex, scene);
-    if (!s || !blocks::holds("setLayerDate", "layer", layerIndex, s->layerList.size())) return;
+    if (!s || !blocks::holds("setLayerDate", "layer", layerIndex, s->layerList.size()))
+        return;
     const _LayerParam_Desktop& layer = s->layerList.at(layerIndex);
     Block block("setLayerDate", kLayerBuffer);
     appendLayerHead(block, layer);
@@ -93,7 +96,8 @@ void DalTarsel::setLayerDate(int sceneIndex, int layerIndex, ModelScene scene) {
 
 void DalTarsel::setLayerDateMs(int sceneIndex, int layerIndex, ModelScene scene) {
     const _Scene_Layer* s = sceneOf("setLayerDateMs", sceneIndex, scene);
-    if (!s || !blocks::holds("setLayerDateMs", "layer", layerIndex, s->layerList.size())) return;
+    if (!s || !blocks::holds("setLayerDateMs", "layer", layerIndex, s->layerList.size()))
+        return;
     const _LayerParam_Desktop& layer = s->layerList.at(layerIndex);
     Block block("setLayerDateMs", kLayerBuffer);
     appendLayerHead(block, layer);
@@ -120,7 +124,8 @@ void DalTarsel::setSceneDate(int sceneIndex, ModelScene scene) {
 
 void DalTarsel::setLayerAlphaAndOrder(int sceneIndex, ModelScene scene) {
     const auto* layers = layersOf("setLayerAlphaAndOrder", sceneIndex, scene);
-    if (!layers) return;
+    if (!layers)
+        return;
     const int n = scene.getMaxLayerCount();
     // All alphas first, then all orders.
     Block block("setLayerAlphaAndOrder", kLayerBuffer);
@@ -153,7 +158,8 @@ void DalTarsel::setLayerContainerIndex(int timeout, int sceneIndex, ModelScene s
 void DalTarsel::setSaveCurrentBlackground(int sceneIndex, ModelScene& scene) {
     scene.timeout = kFixedTimeout; // the caller's scene keeps it, as the application expects
     const _Scene_Layer* s = sceneOf("setSaveCurrentBlackground", sceneIndex, scene);
-    if (!s) return;
+    if (!s)
+        return;
     f_SendCmd(kFixedTimeout, 0x68, 0x1C, s->backgroundIndex, 0, 0, nullptr, 0, QString());
 }
 

@@ -5,6 +5,11 @@
 // listed with DAL_OP are written out by hand below the list.
 #include "dalTarsel.h"
 
+// A caller's time-out lengthened by `extra` ms; wraps rather than overflows near the int limit.
+inline int lengthened(int timeout, int extra) {
+    return static_cast<int>(static_cast<unsigned>(timeout) + static_cast<unsigned>(extra));
+}
+
 #define DAL_SEND(name, params, timeout, cmd, dat1, dat2, dat3, dat4)                               \
     void DalTarsel::name params {                                                                  \
         f_SendCmd(timeout, cmd, dat1, dat2, dat3, dat4, nullptr, 0, QString());                    \

@@ -42,7 +42,8 @@ void DalTarsel::getLayerAlpha(int mode, int layer) {
 }
 
 void DalTarsel::getOSD(int index, int mode, ModelTarsel model) {
-    if (mode != 0 && mode != 1) return;
+    if (mode != 0 && mode != 1)
+        return;
     const int which = mode == 0 ? index : 0xFF; // 0xFF reads every OSD
     f_SendCmd(model.timeout, 0xF1, 0x0F, which, 0x00, 0x00, nullptr, 0, QString());
 }
@@ -78,7 +79,8 @@ void DalTarsel::ptzTurn(int timeout, int speed, int direction) {
     // Pan and tilt bytes per direction: 0, 1, 2, 3.
     static const unsigned char kPanTilt[4][2] = {
         {0x03, 0x01}, {0x03, 0x02}, {0x01, 0x03}, {0x02, 0x03}};
-    if (direction < 0 || direction > 3) return;
+    if (direction < 0 || direction > 3)
+        return;
     sendVisca(*this, timeout, 0x10, 0x00, direction,
               {0x81, 0x01, 0x06, 0x01, low(speed), low(speed), kPanTilt[direction][0],
                kPanTilt[direction][1], 0xFF});

@@ -32,7 +32,8 @@ void appendIpv4(Block& block, const QString& text) {
 // The numbers of a text such as "1-2-3".
 QList<int> dashNumbers(const QString& text) {
     QList<int> numbers;
-    if (text.isEmpty()) return numbers;
+    if (text.isEmpty())
+        return numbers;
     for (const QString& part : text.split(QLatin1Char('-')))
         numbers << part.toInt();
     return numbers;
@@ -151,7 +152,8 @@ void DalTarsel::setTakeAlphaDuetoContainer(ModelScene scene, int* takeFlags) {
     for (int k = 0; k < c; ++k) {
         const int ms = blocks::alphaMilliseconds(scene.takes.at(k).alphaTime);
         block.byte(takeFlags[k]).word(ms);
-        if (takeFlags[k]) longest = std::max(longest, ms);
+        if (takeFlags[k])
+            longest = std::max(longest, ms);
     }
     block.sendSized(*this, scene.timeout + longest, 0xF0, 0x3C, 0x00);
 }

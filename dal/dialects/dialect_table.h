@@ -30,7 +30,10 @@ inline int dat2Plus1(const Rec& r) { return dat2(r) + 1; }
 inline int dat3Plus1(const Rec& r) { return dat3(r) + 1; }
 inline int dat4Plus1(const Rec& r) { return dat4(r) + 1; }
 // Parameters that ride in the time-out, offset by 3000 by the business layer.
-inline int waitMinus3000(const Rec& r) { return r.timeout - 3000; }
+// Wraps rather than overflows for time-outs near the int limits.
+inline int waitMinus3000(const Rec& r) {
+    return static_cast<int>(static_cast<unsigned>(r.timeout) - 3000u);
+}
 inline int videoNumber(const Rec& r) {
     return Utility_Manage::combineTwoByte(r.cmdHead[5], r.cmdHead[6]) & 0xFFFF;
 }
@@ -41,10 +44,12 @@ struct Text {
     Build build; // when set, replaces the pattern
 
     QString render(const Rec& r) const {
-        if (build) return build(r);
+        if (build)
+            return build(r);
         QStringList values;
         for (Field arg : args)
-            if (arg) values << QString::number(arg(r));
+            if (arg)
+                values << QString::number(arg(r));
         // The multi-argument arg() fills every placeholder in one pass.
         const QString text = QString::fromLatin1(pattern);
         switch (values.size()) {
@@ -81,7 +86,8 @@ struct Key {
 template <class Row, std::size_t N>
 const Row* findRow(const Row (&rows)[N], const Rec& r) {
     for (const Row& row : rows)
-        if (row.key.matches(r)) return &row;
+        if (row.key.matches(r))
+            return &row;
     return nullptr;
 }
 

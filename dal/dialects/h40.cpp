@@ -45,7 +45,8 @@ const H40Row kH40Rows[] = {
 
 model_Protocoldata DalTarsel::transformBufToQStringForH40(model_Protocoldata& rec) {
     model_Protocoldata out = rec;
-    if (const H40Row* row = findRow(kH40Rows, rec)) out.Datablock = row->text.render(rec);
+    if (const H40Row* row = findRow(kH40Rows, rec))
+        out.Datablock = row->text.render(rec);
     return out;
 }
 
@@ -55,7 +56,8 @@ void DalTarsel::f_SendCmdForH40(int wait, int cmd, int dat1, int dat2, int dat3,
     model_Protocoldata rec = directRecord(4, kH40Device, wait, cmd, dat1, dat2, dat3, dat4);
     rec.Datablock = text;
     rec.arryDatablock = text.toLocal8Bit();
-    if (isConnected) addToQueue(rec);
+    if (isConnected)
+        addToQueue(rec);
 }
 
 void DalTarsel::setContainerParamForH40(int wait, QString& text) {

@@ -97,7 +97,8 @@ model_Protocoldata DalTarsel::transformBufToQStringForH40B(model_Protocoldata& r
     model_Protocoldata out = rec;
     if (const H40BRow* row = findRow(kH40BRows, rec)) {
         out.Datablock = row->text.render(rec);
-        if (row->msgCode != kAsCame) out.msgCode = static_cast<unsigned short>(row->msgCode);
+        if (row->msgCode != kAsCame)
+            out.msgCode = static_cast<unsigned short>(row->msgCode);
     }
     out.arryDatablock = out.Datablock.toLocal8Bit();
     return out;
@@ -108,7 +109,8 @@ void DalTarsel::f_SendCmdForH40B(int wait, int cmd, int dat1, int dat2, int dat3
     model_Protocoldata rec = directRecord(4, kH40BDevice, wait, cmd, dat1, dat2, dat3, dat4);
     rec.msgCode = static_cast<unsigned short>(code);
     rec.arryDatablock = bytes;
-    if (isConnected) addToQueue(rec);
+    if (isConnected)
+        addToQueue(rec);
 }
 
 void DalTarsel::sendHeartbeatForH40B(int wait, QByteArray bytes) {

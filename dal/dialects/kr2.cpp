@@ -47,7 +47,8 @@ model_Protocoldata DalTarsel::transformBufToQStringForKR2(model_Protocoldata& re
         out.arryDatablock.chop(1);
         return out;
     }
-    if (const KR2Row* row = findRow(kKR2Rows, rec)) out.Datablock = row->text.render(rec);
+    if (const KR2Row* row = findRow(kKR2Rows, rec))
+        out.Datablock = row->text.render(rec);
     out.arryDatablock = out.Datablock.toLocal8Bit();
     return out;
 }
@@ -58,12 +59,14 @@ void DalTarsel::f_SendCmdForKR2(int wait, int cmd, int dat1, int dat2, int dat3,
                                           dat1, dat2, dat3, dat4);
     rec.Datablock = text;
     rec.arryDatablock = bytes.isEmpty() ? text.toLocal8Bit() : bytes;
-    if (isConnected) addToQueue(rec);
+    if (isConnected)
+        addToQueue(rec);
 }
 
 void DalTarsel::setCurContainerIndexForT9(int index) {
     curContainerIndex = index;
-    if (Utility_Manage::getDeviceType() != kKR2Device) return;
+    if (Utility_Manage::getDeviceType() != kKR2Device)
+        return;
     f_SendCmdForKR2(3000, 0xF0, 0x3B, index, 0, 0, QStringLiteral("(setting,cgrp,%1)").arg(index),
                     QByteArray());
 }

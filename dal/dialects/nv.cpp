@@ -80,8 +80,10 @@ model_Protocoldata DalTarsel::transformBufToQStringForNV(model_Protocoldata& rec
     const NVRow* row = findRow(kNVRows, rec);
     if (row) {
         out.Datablock = row->text.render(rec);
-        if (row->kind != kAsCame) out.dataType = static_cast<unsigned char>(row->kind);
-        if (row->keepBytes) return out;
+        if (row->kind != kAsCame)
+            out.dataType = static_cast<unsigned char>(row->kind);
+        if (row->keepBytes)
+            return out;
     }
     out.arryDatablock = out.Datablock.toLocal8Bit();
     return out;
@@ -93,7 +95,8 @@ void DalTarsel::f_SendCmdFoNV(int wait, int cmd, int dat1, int dat2, int dat3, i
                                           dat1, dat2, dat3, dat4);
     rec.Datablock = text;
     rec.arryDatablock = bytes.isEmpty() ? text.toLocal8Bit() : bytes;
-    if (isConnected) addToQueue(rec);
+    if (isConnected)
+        addToQueue(rec);
 }
 
 // The flag picks the second form of each query, 0x20 above the first.

@@ -30,7 +30,8 @@ int inputNumber(int code, int kind) {
 
 std::optional<QString> letter(int index) {
     static const char* const kLetters[] = {"A", "B", "C", "D", "E", "F"};
-    if (index < 0 || index >= int(std::size(kLetters))) return std::nullopt;
+    if (index < 0 || index >= int(std::size(kLetters)))
+        return std::nullopt;
     return QString::fromLatin1(kLetters[index]);
 }
 
@@ -48,7 +49,8 @@ std::optional<QStringList> dat2PlusOne(const model_Protocoldata& rec) {
 
 std::optional<QStringList> tallyOfDat2(const model_Protocoldata& rec) {
     const auto l = letter(dat2Of(rec));
-    if (!l) return std::nullopt;
+    if (!l)
+        return std::nullopt;
     return QStringList{QStringLiteral("1") + *l};
 }
 
@@ -63,12 +65,14 @@ constexpr int kAnyDat2 = -1;
 // A port as the device names it: the number followed by the letter, e.g. "3B".
 std::optional<QString> port(qint64 number, int letterIndex) {
     const auto l = letter(letterIndex);
-    if (!l) return std::nullopt;
+    if (!l)
+        return std::nullopt;
     return QString::number(number) + *l;
 }
 
 std::optional<QStringList> one(const std::optional<QString>& value) {
-    if (!value) return std::nullopt;
+    if (!value)
+        return std::nullopt;
     return QStringList{*value};
 }
 
@@ -76,7 +80,8 @@ std::optional<QStringList> one(const std::optional<QString>& value) {
 QString general(double value) { return QString::number(value, 'g', 6); }
 
 std::optional<double> fraction(const double* list, int size, int index) {
-    if (index < 0 || index >= size) return std::nullopt;
+    if (index < 0 || index >= size)
+        return std::nullopt;
     return list[index];
 }
 
@@ -104,14 +109,16 @@ std::optional<QStringList> portOfDat2Dat3(const model_Protocoldata& rec) {
 
 std::optional<QStringList> backgroundOfDat2(const model_Protocoldata& rec) {
     const auto l = letter(dat2Of(rec) - 1); // the background letters start at DAT2 1
-    if (!l) return std::nullopt;
+    if (!l)
+        return std::nullopt;
     return QStringList{QStringLiteral("1") + *l};
 }
 
 std::optional<QStringList> rtspChannel(const model_Protocoldata& rec) {
     const auto major = tenth(dat3Of(rec));
     const auto minor = hundredth(dat4Of(rec));
-    if (!major || !minor) return std::nullopt;
+    if (!major || !minor)
+        return std::nullopt;
     return QStringList{general(inputNumber(dat2Of(rec), 1) + *major + *minor)};
 }
 
@@ -121,7 +128,8 @@ std::optional<QStringList> cvbsChannel(const model_Protocoldata& rec) {
 
 std::optional<QStringList> ipSecondChannel(const model_Protocoldata& rec) {
     const auto major = tenth(dat3Of(rec));
-    if (!major) return std::nullopt;
+    if (!major)
+        return std::nullopt;
     return QStringList{general(inputNumber(dat2Of(rec), 1) + *major)};
 }
 
@@ -136,7 +144,8 @@ std::optional<QStringList> shutterAll(const model_Protocoldata& rec) {
 // The window number rides in the time-out, offset by 2999 here and by 3000 in "widf".
 std::optional<QStringList> moveWindow(const model_Protocoldata& rec) {
     const auto target = port(qint64(rec.timeout) - 2999, dat4Of(rec));
-    if (!target) return std::nullopt;
+    if (!target)
+        return std::nullopt;
     return QStringList{*target, QString::number(dat3Of(rec))};
 }
 
@@ -175,7 +184,8 @@ std::optional<QStringList> edidWrite(const model_Protocoldata& rec) {
     QByteArray block = rec.arryDatablock;
     block.chop(1); // the trailing checksum is not part of the EDID
     if (count == 256) {
-        if (block.size() < 256) block.append(QByteArray(256 - block.size(), '\0'));
+        if (block.size() < 256)
+            block.append(QByteArray(256 - block.size(), '\0'));
         block.replace(128, 128, edidExtension());
     }
     QStringList bytes;
@@ -284,7 +294,8 @@ void DalTarsel::f_SendCmdForT3(int timeout, int cmd, int dat1, int dat2, int dat
     rec.statusByte = 0;
     rec.Datablock = text;
     rec.arryDatablock = data.isEmpty() ? text.toLocal8Bit() : data;
-    if (isConnected) addToQueue(rec);
+    if (isConnected)
+        addToQueue(rec);
 }
 
 void DalTarsel::setContainerParamForT3(int timeout, QString& text) {

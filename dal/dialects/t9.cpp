@@ -103,7 +103,8 @@ void DalTarsel::f_SendCmdForT9(int wait, int cmd, int dat1, int dat2, int dat3, 
     rec.Datablock = text;
     rec.dataType = kind;
     rec.arryDatablock = bytes;
-    if (isConnected) addToQueue(rec);
+    if (isConnected)
+        addToQueue(rec);
 }
 
 void DalTarsel::setIPForT9(int wait, const QString& text) {

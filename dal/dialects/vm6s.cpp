@@ -154,7 +154,8 @@ int vm6sRowFor(const model_Protocoldata& rec) {
 int subTypeStamp(const model_Protocoldata& rec) {
     const int subType = Utility_Manage::getDeviceSubType();
     const bool named = subType == 0x2C0103 || subType == 0x2C0104;
-    if (named && cmdOf(rec) == 0x6A && dat1Of(rec) == 0x03) return 0;
+    if (named && cmdOf(rec) == 0x6A && dat1Of(rec) == 0x03)
+        return 0;
     return subType == 0x2C0103 ? 1 : 8;
 }
 
@@ -164,11 +165,13 @@ model_Protocoldata DalTarsel::transformBufToQStringForVM6S(model_Protocoldata& r
     model_Protocoldata result = rec;
     result.arryDatablock.clear();
     const int index = vm6sRowFor(rec);
-    if (index < 0) return result;
+    if (index < 0)
+        return result;
     const Vm6sRow& row = kVm6sRows[index];
     if (row.frame) {
         QByteArray frame = decodedFrames()[index];
-        if (row.fill) row.fill(rec, frame);
+        if (row.fill)
+            row.fill(rec, frame);
         result.arryDatablock = frame;
     } else if (const auto values = row.values(rec)) {
         result.Datablock = fill(QString::fromLatin1(row.text), *values);
@@ -178,7 +181,8 @@ model_Protocoldata DalTarsel::transformBufToQStringForVM6S(model_Protocoldata& r
 
 model_Protocoldata DalTarsel::convertCheckSumForVMS(model_Protocoldata& rec) {
     model_Protocoldata result = rec;
-    if (result.arryDatablock.isEmpty()) return result;
+    if (result.arryDatablock.isEmpty())
+        return result;
     // A shorter array is padded with zeros, a longer one cut: the frame is always 23 bytes.
     QByteArray frame = result.arryDatablock.left(kFrameSize);
     frame.append(QByteArray(kFrameSize - frame.size(), '\0'));
