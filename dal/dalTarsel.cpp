@@ -2,6 +2,7 @@
 
 #include "biz_cmdswork.h"
 #include "bytes.h"
+#include "trace.h"
 #include "utility_manage.h"
 
 #include <QDebug>
@@ -101,7 +102,7 @@ const RouteIndex kRouteIndex;
 QString hexByte(unsigned char value) { return QString::number(value, 16); }
 
 void trace(const model_Protocoldata& rec) {
-    if (!QLoggingCategory::defaultCategory()->isDebugEnabled())
+    if (!traceEnabled())
         return;
     qDebug() << "---addToQueue----CMD=" << hexByte(rec.cmdHead[2])
              << "---DAT1=" << hexByte(rec.cmdHead[3]) << "---DAT2=" << hexByte(rec.cmdHead[4])

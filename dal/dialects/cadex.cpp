@@ -1,4 +1,5 @@
 #include "dalTarsel.h"
+#include "trace.h"
 
 #include <QDebug>
 
@@ -17,6 +18,8 @@ model_Protocoldata DalTarsel::transformBufToQStringForCadex(model_Protocoldata& 
     result.cmdHead[5] = static_cast<unsigned char>(length & 0xFF);
     result.cmdHead[6] = static_cast<unsigned char>((length >> 8) & 0xFF);
     // The VantaZ framing's label, shared on purpose.
-    qDebug() << "------VantaZ-----tmpData.arryDatablock=" << QString::fromLatin1(payload.toHex());
+    if (traceEnabled())
+        qDebug() << "------VantaZ-----tmpData.arryDatablock="
+                 << QString::fromLatin1(payload.toHex());
     return result;
 }

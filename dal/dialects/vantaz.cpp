@@ -1,4 +1,5 @@
 #include "dalTarsel.h"
+#include "trace.h"
 
 #include <QDebug>
 
@@ -17,6 +18,7 @@ model_Protocoldata DalTarsel::transformBufToQStringForVantaZ(model_Protocoldata&
     setCheckSum(reinterpret_cast<unsigned char*>(frame.data()), frame.size() - 1);
     frame.append('\x16');
     result.arryDatablock = frame;
-    qDebug() << "------VantaZ-----tmpData.arryDatablock=" << QString::fromLatin1(frame.toHex());
+    if (traceEnabled())
+        qDebug() << "------VantaZ-----tmpData.arryDatablock=" << QString::fromLatin1(frame.toHex());
     return result;
 }
