@@ -2,7 +2,14 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <new>
+
+// Every heap allocation of the process, Qt's containers included, goes through malloc,
+// calloc or realloc; counting them here counts what a send really allocates.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* p, std::size_t size);
+}
 
 namespace {
 std::atomic<std::size_t> allocations{0};
@@ -10,12 +17,17 @@ std::atomic<std::size_t> allocations{0};
 
 std::size_t allocationCount() { return allocations.load(std::memory_order_relaxed); }
 
-void* operator new(std::size_t size) {
+extern "C" void* malloc(std::size_t size) {
     allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size ? size : 1))
-        return p;
-    throw std::bad_alloc();
+    return __libc_malloc(size);
 }
 
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+extern "C" void* calloc(std::size_t count, std::size_t size) {
+    allocations.fetch_add(1, std::memory_order_relaxed);
+    return __libc_calloc(count, size);
+}
+
+extern "C" void* realloc(void* p, std::size_t size) {
+    allocations.fetch_add(1, std::memory_order_relaxed);
+    return __libc_realloc(p, size);
+}

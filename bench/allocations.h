@@ -2,5 +2,5 @@
 
 #include <cstddef>
 
-// Heap allocations made by this process so far (every operator new counts one).
+// Heap allocations made by this process so far (every malloc, calloc or realloc counts one).
 std::size_t allocationCount();

@@ -1,5 +1,6 @@
 #include "block_builder.h"
 
+#include "bytes.h"
 #include "dalTarsel.h"
 
 #include <QDebug>
@@ -42,7 +43,7 @@ bool Block::seal() {
         return false;
     }
     data.append('\0');
-    DalTarsel().setCheckSum(reinterpret_cast<unsigned char*>(data.data()), length);
+    dal::writeCheckSum(reinterpret_cast<unsigned char*>(data.data()), length);
     ++length;
     return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QVarLengthArray>
 
 class DalTarsel;
 
@@ -33,7 +34,9 @@ private:
     const char* operation;
     int capacity;
     int length = 0; // bytes written or, past the capacity, that would have been
-    QByteArray data;
+    // On the stack up to the largest buffer of the protocol, so that building a block allocates
+    // nothing beyond the record's own copy.
+    QVarLengthArray<char, 4096> data;
 };
 
 // True when `index` is one the model's list of `size` entries holds; otherwise one warning
