@@ -50,7 +50,9 @@ test-asan: build-asan
 	  UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 $(CTEST)
 
 test-tsan: build-tsan
-	cd $(TSAN_BUILD) && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 $(CTEST)
+	cd $(TSAN_BUILD) && \
+	  TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.supp \
+	  $(CTEST)
 
 test: test-plain test-asan test-tsan
 

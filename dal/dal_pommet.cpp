@@ -343,20 +343,33 @@ void Dal_Pommet::getGroupKeyOled(int group, Model_PommetParam param) {
     f_SendCmd(param.waitTime, 0xF1, 0x41, low(group), 0, 0, nullptr, 0);
 }
 
-void Dal_Pommet::setGroupKeyOled_P5(int kind, int group, Model_PommetParam param) {
-    const QVector<_KeyParam> keys = groupKeys(param, kind, group, "setGroupKeyOled_P5");
+namespace {
+
+// A group's labels, one block per key in the given layout, then the checksum.
+template <class Label>
+void sendGroupLabels(Dal_Pommet& keyboard, int kind, int group, const Model_PommetParam& param,
+                     Label label, const char* operation) {
+    const QVector<_KeyParam> keys = groupKeys(param, kind, group, operation);
     if (keys.isEmpty())
         return;
     QByteArray block;
     for (const _KeyParam& key : keys) {
-        const auto label = variableLabel(key, Line3, "setGroupKeyOled_P5");
-        if (!label)
+        const auto labels = label(key);
+        if (!labels)
             return;
-        block += *label;
+        block += *labels;
     }
     sendBlock(
-        *this, 4000, 0xF0, 0x41, block,
-        [kind](int n) { return std::make_tuple(low(kind), low(n), high(n)); },
+        keyboard, 4000, 0xF0, 0x41, block,
+        [kind](int n) { return std::make_tuple(low(kind), low(n), high(n)); }, operation);
+}
+
+} // namespace
+
+void Dal_Pommet::setGroupKeyOled_P5(int kind, int group, Model_PommetParam param) {
+    sendGroupLabels(
+        *this, kind, group, param,
+        [](const _KeyParam& key) { return variableLabel(key, Line3, "setGroupKeyOled_P5"); },
         "setGroupKeyOled_P5");
 }
 
@@ -365,17 +378,7 @@ void Dal_Pommet::setGroupKeyOled(int kind, int group, Model_PommetParam param) {
         setGroupKeyOled_P5(kind, group, param);
         return;
     }
-    const QVector<_KeyParam> keys = groupKeys(param, kind, group, "setGroupKeyOled");
-    if (keys.isEmpty())
-        return;
-    QByteArray block;
-    for (const _KeyParam& key : keys) {
-        const auto label = fixedLabel(key, "setGroupKeyOled");
-        if (!label)
-            return;
-        block += *label;
-    }
-    sendBlock(
-        *this, 4000, 0xF0, 0x41, block,
-        [kind](int n) { return std::make_tuple(low(kind), low(n), high(n)); }, "setGroupKeyOled");
+    sendGroupLabels(
+        *this, kind, group, param,
+        [](const _KeyParam& key) { return fixedLabel(key, "setGroupKeyOled"); }, "setGroupKeyOled");
 }

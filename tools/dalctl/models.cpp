@@ -252,19 +252,19 @@ QString applyAll(const std::map<QString, FieldSetter<M>>& fields, M& model,
 // or a swapped field shows in the output.
 void fillKeys(QVector<_KeyParam>& keys, int kind) {
     for (int i = 0; i < keys.size(); ++i) {
-        unsigned char* b = keys[i].bytes;
-        b[8] = static_cast<unsigned char>(kind);
-        b[9] = static_cast<unsigned char>(i);
-        b[10] = static_cast<unsigned char>(i >> 8);
-        b[11] = 0xA0;
-        b[12] = 0xA1;
-        b[13] = 3;
-        b[14] = 2;
-        b[15] = 4;
+        _KeyParam key;
+        const QByteArray fields =
+            QByteArray(1, char(kind)) + char(i) + char(i >> 8) + QByteArray::fromHex("a0a1030204");
         const QByteArray line1 = QByteArray("K") + QByteArray::number(i);
-        std::copy(line1.begin(), line1.end(), b + 16);
-        std::copy_n("L2", 2, b + 47);
-        std::copy_n("L3", 2, b + 78);
+        for (int at = 0; at < fields.size(); ++at)
+            key.bytes[8 + at] = static_cast<unsigned char>(fields[at]);
+        for (int at = 0; at < line1.size(); ++at)
+            key.bytes[16 + at] = static_cast<unsigned char>(line1[at]);
+        key.bytes[47] = 'L';
+        key.bytes[48] = '2';
+        key.bytes[78] = 'L';
+        key.bytes[79] = '3';
+        keys[i] = key;
     }
 }
 
