@@ -108,6 +108,16 @@ inline Rec directRecord(int connectType, int device, int wait, int cmd, int d1, 
     return rec;
 }
 
+// A direct record of a text family on the utility's link: the text, and as bytes either those
+// given or the text's local 8-bit encoding.
+inline Rec textRecord(int device, int wait, int cmd, int d1, int d2, int d3, int d4,
+                      const QString& text, const QByteArray& bytes) {
+    Rec rec = directRecord(Utility_Manage::getConnectType(), device, wait, cmd, d1, d2, d3, d4);
+    rec.Datablock = text;
+    rec.arryDatablock = bytes.isEmpty() ? text.toLocal8Bit() : bytes;
+    return rec;
+}
+
 // JSON texts shared by the T9 and NV families.
 inline QString removeAllSettings(const Rec&) {
     return Utility_Manage::getStringFromJsonObject({{"Command", "RemoveAllSettings"}});

@@ -55,12 +55,8 @@ model_Protocoldata DalTarsel::transformBufToQStringForKR2(model_Protocoldata& re
 
 void DalTarsel::f_SendCmdForKR2(int wait, int cmd, int dat1, int dat2, int dat3, int dat4,
                                 QString text, QByteArray bytes) {
-    model_Protocoldata rec = directRecord(Utility_Manage::getConnectType(), kKR2Device, wait, cmd,
-                                          dat1, dat2, dat3, dat4);
-    rec.Datablock = text;
-    rec.arryDatablock = bytes.isEmpty() ? text.toLocal8Bit() : bytes;
     if (isConnected)
-        addToQueue(rec);
+        addToQueue(textRecord(kKR2Device, wait, cmd, dat1, dat2, dat3, dat4, text, bytes));
 }
 
 void DalTarsel::setCurContainerIndexForT9(int index) {

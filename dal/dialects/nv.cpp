@@ -91,12 +91,8 @@ model_Protocoldata DalTarsel::transformBufToQStringForNV(model_Protocoldata& rec
 
 void DalTarsel::f_SendCmdFoNV(int wait, int cmd, int dat1, int dat2, int dat3, int dat4,
                               QString text, QByteArray bytes) {
-    model_Protocoldata rec = directRecord(Utility_Manage::getConnectType(), kNVDevice, wait, cmd,
-                                          dat1, dat2, dat3, dat4);
-    rec.Datablock = text;
-    rec.arryDatablock = bytes.isEmpty() ? text.toLocal8Bit() : bytes;
     if (isConnected)
-        addToQueue(rec);
+        addToQueue(textRecord(kNVDevice, wait, cmd, dat1, dat2, dat3, dat4, text, bytes));
 }
 
 // The flag picks the second form of each query, 0x20 above the first.
