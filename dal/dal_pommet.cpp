@@ -180,6 +180,18 @@ void Dal_Pommet::f_SendCmd(int waitMs, unsigned char cmd, unsigned char dat1, un
         addToQueue(rec);
 }
 
+// Operations listed with DAL_SEND send one command with no data block.
+#define DAL_SEND(name, params, wait, cmd, dat1, dat2, dat3, dat4)                                  \
+    void Dal_Pommet::name params {                                                                 \
+        f_SendCmd(wait, cmd, low(dat1), low(dat2), low(dat3), low(dat4), nullptr, 0);              \
+    }
+#define DAL_OP(ret, name, params)
+#define DAL_STATIC(ret, name, params)
+#include "dal_pommet.def"
+#undef DAL_SEND
+#undef DAL_OP
+#undef DAL_STATIC
+
 // The pause is held inside the lock: it paces the keyboard against every producer.
 void Dal_Pommet::addToQueue(model_Protocoldata rec) {
     std::lock_guard<std::mutex> lock(biz_CMDSWork::HexCmdlock);
@@ -204,58 +216,10 @@ void sendBlock(Dal_Pommet& keyboard, int wait, unsigned char cmd, unsigned char 
 
 } // namespace
 
-void Dal_Pommet::getRuningStatus(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x03, 0, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::setRuningStatus(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x02, 0, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::getLockStatus(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x07, 0, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::setLockStatus(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x06, param.lockValue, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::saveCurrentStatus(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x10, 0, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::setFactory(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x13, 0, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::setRestart(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x14, 0, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::getKeyBoardVersion(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x15, 0, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::setTbarRate(Model_PommetParam, int rate) {
-    f_SendCmd(3000, 0xA2, 0x16, low(rate), 0, 0, nullptr, 0);
-}
-void Dal_Pommet::setToneSave(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x17, 0, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::getKeyBoardTbarValue(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x18, 0, 0, 0, nullptr, 0);
-}
 void Dal_Pommet::setDevTypeLED(int type) {
     if (type > 0)
         f_SendCmd(5000, 0xA2, 0x19, low(type), 0, 0, nullptr, 0);
 }
-void Dal_Pommet::getSN(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0x6A, 0x11, 0, 0, 0, nullptr, 0);
-}
-void Dal_Pommet::read_MCU_VerSion(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0x9A, 0xB1, 0, 0, 0, nullptr, 0);
-}
-// The device takes the inverse of the flag.
-void Dal_Pommet::setTbarCalibration(Model_PommetParam, int on) {
-    f_SendCmd(3000, 0x10, 0x04, on == 0 ? 1 : 0, 0, 0, nullptr, 0);
-}
-
-void Dal_Pommet::getKeyLed(Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xA2, 0x43, 0, 0, 0, nullptr, 0);
-}
-
 void Dal_Pommet::setKeyLed(int kind, int group, int key, Model_PommetParam param) {
     if (const _KeyParam* entry = keyEntry(param, kind, group, key, "setKeyLed"))
         sendBlock(
@@ -274,10 +238,6 @@ void Dal_Pommet::setKeyLed_New(int kind, int group, int key, Model_PommetParam p
         sendBlock(
             *this, 5000, 0xF0, 0x42, keyCode(key) + field(*entry, Led, 3),
             [](int n) { return std::make_tuple(0, n, 0); }, "setKeyLed_New");
-}
-
-void Dal_Pommet::getGroupKeyLed(int group, Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xF1, 0x40, low(group), 0, 0, nullptr, 0);
 }
 
 void Dal_Pommet::setGroupKeyLed(int kind, int group, Model_PommetParam param) {
@@ -337,10 +297,6 @@ void Dal_Pommet::setKeyOled_New(int kind, int group, int key, Model_PommetParam 
         sendBlock(
             *this, 5000, 0xF0, 0x43, keyCode(key) + *label,
             [](int n) { return std::make_tuple(0, low(n), high(n)); }, "setKeyOled_New");
-}
-
-void Dal_Pommet::getGroupKeyOled(int group, Model_PommetParam param) {
-    f_SendCmd(param.waitTime, 0xF1, 0x41, low(group), 0, 0, nullptr, 0);
 }
 
 namespace {

@@ -82,7 +82,7 @@ void tst_registry::everyPublicOperationRegistered() {
 
 void tst_registry::listedOperationsRegistered() {
     const QStringList signatures = QStringList()
-#define DAL_SEND(name, params, ...) << QStringLiteral("DalTarsel::" #name #params)
+#define DAL_SEND(name, params, ...) << QStringLiteral(CLASS_NAME "::" #name #params)
 #define DAL_OP(ret, name, params) << QStringLiteral(CLASS_NAME "::" #name #params)
 #define DAL_STATIC(ret, name, params) << QStringLiteral(CLASS_NAME "::" #name #params)
 #define CLASS_NAME "DalTarsel"
