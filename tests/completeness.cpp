@@ -1,6 +1,7 @@
 #include "completeness.h"
 
 #include "registry.h"
+#include "samples.h"
 #include "session.h"
 #include "testsupport.h"
 
@@ -57,28 +58,6 @@ QString keyOf(const Operation& op) {
 
 } // namespace
 
-QString sampleArgument(const QString& type) {
-    if (type.contains(QLatin1String("int*")))
-        return QStringLiteral("1,2");
-    if (type.contains(QLatin1String("*")) || type.contains(QLatin1String("QByteArray")))
-        return QStringLiteral("0102030405060708");
-    if (type.contains(QLatin1String("bool")))
-        return QStringLiteral("true");
-    if (type.contains(QLatin1String("double")) || type.contains(QLatin1String("float")))
-        return QStringLiteral("1.5");
-    if (type.contains(QLatin1String("QJsonObject")))
-        return QStringLiteral("{}");
-    if (type.contains(QLatin1String("QList")) || type.contains(QLatin1String("QVector")))
-        return QStringLiteral("1,2");
-    if (type.contains(QLatin1String("QStringList")))
-        return QStringLiteral("a,b");
-    if (type.contains(QLatin1String("QString")))
-        return QStringLiteral("text");
-    if (type.contains(QLatin1String("model_Protocoldata")))
-        return QStringLiteral("{\"head\":\"00006a0300000000\",\"timeout\":3000}");
-    return QStringLiteral("1");
-}
-
 void verifyGroup(const QStringList& signatures, const QString& expectationFile) {
     const QMap<QString, Row> rows = readRows(expectationFile);
     QStringList seen;
@@ -91,11 +70,8 @@ void verifyGroup(const QStringList& signatures, const QString& expectationFile) 
         seen << key;
         QVERIFY2(rows.contains(key), qPrintable(QStringLiteral("no expected row for %1").arg(key)));
 
-        QStringList call{op->qualifiedName()};
-        for (const QString& type : op->argumentTypes)
-            call << sampleArgument(type);
         resetLibrary();
-        const Outcome outcome = runRequest(call, DeviceSetting(), Models::defaults());
+        const Outcome outcome = runRequest(sampleCall(*op), DeviceSetting(), Models::defaults());
         const Row row = rows.value(key);
         QVERIFY2(outcome.records.size() == row.records,
                  qPrintable(QStringLiteral("%1 queued %2 records, expected %3")

@@ -21,6 +21,3 @@
 // Fails when an operation has no row, a row names no operation of the group, or a call
 // queues other records than its row says.
 void verifyGroup(const QStringList& signatures, const QString& expectationFile);
-
-// A command-line argument of the given parameter type, for calls with sample values.
-QString sampleArgument(const QString& type);

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "registry.h"
+
+#include <QString>
+#include <QStringList>
+
+// A command-line argument of the given parameter type, for calls with sample values.
+QString sampleArgument(const QString& type);
+// The operation's qualified name followed by one sample argument per parameter.
+QStringList sampleCall(const Operation& op);
