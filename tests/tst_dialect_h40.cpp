@@ -27,6 +27,39 @@ const QString kAll =
     kXml + "\n<Message>\n <UserID>u7</UserID>\n<Cmd type=\"all\">\n</Cmd>\n</Message>\n";
 const QString kComposedHead = kXml + "\n<Message>\n<UserID>u7</UserID>\n";
 
+// A 128-byte EDID base block: the fixed header, then bytes up to the checksum that makes the
+// block sum to zero.
+QByteArray edidBlock() {
+    QByteArray edid = QByteArray::fromHex("00ffffffffffff00");
+    for (int i = edid.size(); i < 127; ++i)
+        edid.append(char(i * 37));
+    int sum = 0;
+    for (char c : edid)
+        sum += static_cast<unsigned char>(c);
+    return edid.append(char(-sum));
+}
+
+// Each byte as the character of the same code, and those characters in UTF-8, the suite's
+// locale encoding.
+QString latin1Text(const QByteArray& bytes) {
+    QString text;
+    for (char c : bytes)
+        text += QChar(static_cast<unsigned char>(c));
+    return text;
+}
+
+QByteArray utf8Of(const QByteArray& bytes) {
+    QByteArray out;
+    for (char c : bytes) {
+        const auto b = static_cast<unsigned char>(c);
+        if (b < 0x80)
+            out += char(b);
+        else
+            out += QByteArray() + char(0xC0 | b >> 6) + char(0x80 | (b & 0x3F));
+    }
+    return out;
+}
+
 } // namespace
 
 class tst_dialect_h40 : public QObject {
@@ -43,6 +76,8 @@ private slots:
     void h40bTranslation_data();
     void h40bTranslation();
     void h40bEdidCarriesBytes();
+    void h40bEdidKeepsEveryByte_data();
+    void h40bEdidKeepsEveryByte();
     void h40bSender();
     void gatedByConnection();
 };
@@ -208,6 +243,23 @@ void tst_dialect_h40::h40bEdidCarriesBytes() {
     QCOMPARE(int(DalTarsel().transformBufToQStringForH40B(in).msgCode), 55);
     in.cmdHead[2] = 0x92, in.cmdHead[3] = 3;
     QCOMPARE(int(DalTarsel().transformBufToQStringForH40B(in).msgCode), 0);
+}
+
+void tst_dialect_h40::h40bEdidKeepsEveryByte_data() {
+    QTest::addColumn<QByteArray>("edid");
+    QTest::newRow("128-byte EDID") << edidBlock();
+    QTest::newRow("zeros inside and at the end") << QByteArray("A\0\0B\xff\0", 6);
+    QTest::newRow("only a zero") << QByteArray(1, '\0');
+}
+
+void tst_dialect_h40::h40bEdidKeepsEveryByte() {
+    QFETCH(QByteArray, edid);
+    const model_Protocoldata rec = routed(0x900001, 3000, 0xF0, 12, 5, 0, 0, edid);
+    const QString element = "<Edid port=\"5\" cmd=\"update\">" + latin1Text(edid) + "</Edid>\n";
+    QCOMPARE(rec.Datablock, kComposedHead + element + "</Message>\n");
+    QCOMPARE(rec.arryDatablock,
+             utf8Of((kComposedHead + "<Edid port=\"5\" cmd=\"update\">").toLatin1() + edid +
+                    "</Edid>\n</Message>\n"));
 }
 
 void tst_dialect_h40::h40bSender() {

@@ -46,10 +46,13 @@ QString sceneCall(const Rec& r) {
     return composed(body, "</Message>");
 }
 
-// The EDID bytes travel inside the element as 8-bit characters.
+// The EDID bytes travel inside the element as 8-bit characters, every one of them: an EDID
+// starts with a zero byte, so the length is passed rather than found.
 QString edidUpdate(const Rec& r) {
+    const QByteArray& edid = r.arryDatablock;
     const QString body = QStringLiteral("<Edid port=\"%1\" cmd=\"update\">").arg(dat2(r)) +
-                         QString::fromLatin1(r.arryDatablock) + QStringLiteral("</Edid>\n");
+                         QString::fromLatin1(edid.constData(), edid.size()) +
+                         QStringLiteral("</Edid>\n");
     return composed(body, "</Message>\n");
 }
 
