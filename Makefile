@@ -3,16 +3,17 @@
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 TSAN_BUILD ?= build-tsan
+QT6_BUILD  ?= build-qt6
 BENCH_BUILD ?= build-bench
 FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
 FUZZERS    := fuzz_registry fuzz_translators fuzz_blocks
 JOBS       ?= $(shell nproc)
-PACKAGES   := cmake g++ make pkg-config qtbase5-dev
+PACKAGES   := cmake g++ make pkg-config qtbase5-dev qt6-base-dev
 SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 CTEST      := ctest --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build build-asan build-tsan demo test test-plain test-asan test-tsan bench fuzz clean
+.PHONY: all deps build build-asan build-tsan build-qt6 demo test test-plain test-asan test-tsan test-qt6 bench fuzz clean
 
 all: build
 
@@ -27,16 +28,22 @@ deps:
 	fi
 
 build: deps
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDAL_WERROR=ON
+	cmake -S . -B $(BUILD) -DDAL_QT=5 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDAL_WERROR=ON
 	cmake --build $(BUILD) -j $(JOBS)
 
 build-asan: deps
-	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DDAL_SANITIZE=ON -DDAL_WERROR=ON
+	cmake -S . -B $(ASAN_BUILD) -DDAL_QT=5 -DCMAKE_BUILD_TYPE=Debug -DDAL_SANITIZE=ON -DDAL_WERROR=ON
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 
 build-tsan: deps
-	cmake -S . -B $(TSAN_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDAL_TSAN=ON -DDAL_WERROR=ON
+	cmake -S . -B $(TSAN_BUILD) -DDAL_QT=5 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDAL_TSAN=ON -DDAL_WERROR=ON
 	cmake --build $(TSAN_BUILD) -j $(JOBS)
+
+# Qt 6 beside Qt 5; its suite also compares every request's output with the Qt 5 build's.
+build-qt6: build
+	cmake -S . -B $(QT6_BUILD) -DDAL_QT=6 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDAL_WERROR=ON \
+	  -DDAL_COMPARE_DALCTL=$(CURDIR)/$(BUILD)/dalctl
+	cmake --build $(QT6_BUILD) -j $(JOBS)
 
 demo: build
 	$(BUILD)/dalctl demo
@@ -54,7 +61,10 @@ test-tsan: build-tsan
 	  TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.supp \
 	  $(CTEST)
 
-test: test-plain test-asan test-tsan
+test-qt6: build-qt6
+	cd $(QT6_BUILD) && $(CTEST)
+
+test: test-plain test-asan test-tsan test-qt6
 
 bench: deps
 	$(MAKE) deps PACKAGES=libbenchmark-dev
@@ -69,4 +79,4 @@ fuzz: deps
 	fuzz/run.sh $(FUZZ_BUILD)/fuzz $(FUZZ_SECONDS) $(FUZZERS)
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(QT6_BUILD) $(BENCH_BUILD) $(FUZZ_BUILD)

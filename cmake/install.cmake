@@ -7,12 +7,17 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DAL_Manage)
 
 install(TARGETS DAL_Manage DAL_Platform EXPORT DAL_ManageTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# Only the public headers: the three classes, the export macro and the operation lists the
+# class declarations include. The byte, trace, table and builder helpers stay inside.
+set(DAL_PUBLIC_HEADERS dal/dalTarsel.h dal/dal_pommet.h dal/dal_osd.h dal/dal_export.h)
+install(FILES ${DAL_PUBLIC_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DAL_Manage)
 install(DIRECTORY dal/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DAL_Manage
-  FILES_MATCHING PATTERN "*.h" PATTERN "*.def")
+  FILES_MATCHING PATTERN "*.def")
 install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DAL_Platform
   FILES_MATCHING PATTERN "*.h")
 install(EXPORT DAL_ManageTargets NAMESPACE DAL_Manage:: DESTINATION ${package_dir})
 
+set(dal_qt_minimum ${dal_qt_minimum_${DAL_QT}})
 configure_package_config_file(cmake/DAL_ManageConfig.cmake.in
   ${CMAKE_CURRENT_BINARY_DIR}/DAL_ManageConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/DAL_ManageConfigVersion.cmake

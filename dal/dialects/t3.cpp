@@ -13,7 +13,7 @@ QString fill(const QString& pattern, const QStringList& values) {
         const int digits = (i + 1 < pattern.size() && pattern[i + 1].isDigit())
                                ? ((i + 2 < pattern.size() && pattern[i + 2].isDigit()) ? 2 : 1)
                                : 0;
-        const int number = pattern.midRef(i + 1, digits).toInt();
+        const int number = pattern.mid(i + 1, digits).toInt();
         if (pattern[i] != QLatin1Char('%') || digits == 0 || number < 1 || number > values.size()) {
             text += pattern[i];
             continue;

@@ -17,3 +17,12 @@ export PKG_CONFIG_PATH="$work/prefix/lib/pkgconfig"
 flags=$(pkg-config --cflags --libs DAL_Manage)
 g++ -std=c++17 -fPIC "$source/main.cpp" -o "$work/pkgconfig_consumer" $flags
 LD_LIBRARY_PATH="$work/prefix/lib" "$work/pkgconfig_consumer"
+
+# Only the public headers are installed: the three classes, the export macro and the
+# operation lists their declarations include.
+headers=$(cd "$work/prefix/include/DAL_Manage" && find . -name '*.h' | LC_ALL=C sort | tr '\n' ' ')
+expected="./dalTarsel.h ./dal_export.h ./dal_osd.h ./dal_pommet.h "
+if [ "$headers" != "$expected" ]; then
+  echo "installed headers: $headers; expected: $expected" >&2
+  exit 1
+fi

@@ -198,7 +198,7 @@ struct Holder<P, std::enable_if_t<std::is_same_v<P, int*>>> {
                 values.append(
                     static_cast<int>(parseInteger(item.trimmed(), std::numeric_limits<int>::min(),
                                                   std::numeric_limits<int>::max())));
-        values.resize(std::max(values.size(), kIntArrayReserve));
+        values.resize(std::max<qsizetype>(values.size(), kIntArrayReserve));
     }
     int* get() { return values.data(); }
     std::optional<long long> integer() const { return std::nullopt; }

@@ -1,6 +1,7 @@
 #include "records.h"
 #include "registry.h"
 #include "session.h"
+#include "sweep.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -87,7 +88,9 @@ const char* const kDescription =
     "  dalctl list [PATTERN]                 operations and their parameter types\n"
     "  dalctl [options] OPERATION [ARG...]   run one operation and print its records\n"
     "  dalctl [options] raw [--timeout MS] [--text TEXT] CMD DAT1 DAT2 DAT3 DAT4 [HEX]\n"
-    "  dalctl demo                           representative requests for every family\n\n"
+    "  dalctl demo                           representative requests for every family\n"
+    "  dalctl sweep [FAMILY]                 every operation with sample arguments, with\n"
+    "                                        its trace, on every family or the one named\n\n"
     "Arguments: integers in decimal or 0x-hex, booleans true/false, decimals, text, byte\n"
     "buffers as hex, integer lists as 1,2,3, JSON objects as JSON text. Model records are\n"
     "built in; --model FILE.json overrides their scalar members by name.";
@@ -141,7 +144,7 @@ int main(int argc, char** argv) {
     if (call.isEmpty())
         return badInput(QStringLiteral("no operation given"), parser.helpText());
 
-    showTrace = parser.isSet(traceOption);
+    showTrace = parser.isSet(traceOption) || call.first() == QLatin1String("sweep");
     if (!showTrace)
         QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
 
@@ -150,6 +153,13 @@ int main(int argc, char** argv) {
             return badInput(QStringLiteral("list takes at most one pattern"),
                             QStringLiteral("usage: dalctl list [PATTERN]"));
         listOperations(call.value(1));
+        return 0;
+    }
+    if (call.first() == QLatin1String("sweep")) {
+        if (call.size() > 2 || !printSweep(out(), call.value(1)))
+            return badInput(QStringLiteral("sweep takes at most one family: %1")
+                                .arg(familyNames().join(QLatin1Char(' '))),
+                            QStringLiteral("usage: dalctl sweep [FAMILY]"));
         return 0;
     }
     if (call.first() == QLatin1String("demo")) {

@@ -31,6 +31,13 @@ QString headHex(const model_Protocoldata& rec) {
 
 } // namespace
 
+QStringList familyNames() {
+    QStringList names;
+    for (const auto& family : kFamilies)
+        names << QString::fromLatin1(family.first);
+    return names;
+}
+
 QString familyName(int deviceType) {
     for (const auto& family : kFamilies)
         if (family.second == deviceType)

@@ -5,7 +5,10 @@
 
 #include <QJsonObject>
 #include <QString>
+#include <QStringList>
 
+// The family names dalctl accepts, in order.
+QStringList familyNames();
 // The family name of a device-type code, as dalctl prints and accepts it.
 QString familyName(int deviceType);
 // Parses a family name or a device-type code (decimal or 0x-hex); false when it is neither.

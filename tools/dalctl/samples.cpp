@@ -15,8 +15,12 @@ QString sampleArgument(const QString& type) {
         return QStringLiteral("1,2");
     if (type.contains(QLatin1String("QStringList")))
         return QStringLiteral("a,b");
+    // Beyond ASCII, with a quote, so that encodings and the trace line's escaping are exercised.
     if (type.contains(QLatin1String("QString")))
-        return QStringLiteral("text");
+        return QStringLiteral("t\u00e9xt \"\u2713\"");
+    if (type.contains(QLatin1String("model_OsdParam")))
+        return QStringLiteral(
+            "{\"header\":\"0102030405060708090a0b\",\"tag\":\"t\",\"payload\":\"a1b2\"}");
     if (type.contains(QLatin1String("model_Protocoldata")))
         return QStringLiteral("{\"head\":\"00006a0300000000\",\"timeout\":3000}");
     return QStringLiteral("1");
