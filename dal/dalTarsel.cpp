@@ -99,16 +99,103 @@ private:
 
 const RouteIndex kRouteIndex;
 
-QString hexByte(unsigned char value) { return QString::number(value, 16); }
+void appendHexDigit(QString& line, unsigned value) {
+    line += QLatin1Char("0123456789abcdef"[value & 0xF]);
+}
 
+// Lowercase hexadecimal without leading zeros, as QString::number(value, 16) writes it.
+void appendHexByte(QString& line, unsigned char value) {
+    if (value > 0xF)
+        appendHexDigit(line, value >> 4);
+    appendHexDigit(line, value);
+}
+
+void appendEscape(QString& line, char kind, unsigned value, int digits) {
+    line += QLatin1Char('\\');
+    line += QLatin1Char(kind);
+    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
+        line += QLatin1Char("0123456789ABCDEF"[(value >> shift) & 0xF]);
+}
+
+// The text quoted as QDebug quotes a string: printable characters as they are, the quote and
+// the backslash escaped, the usual control characters by their C escapes, any other character
+// as \uXXXX, or \UXXXXXXXX for a non-printable one beyond the 16-bit range.
+void appendQuoted(QString& line, const QString& text) {
+    line += QLatin1Char('"');
+    const QChar* const end = text.constData() + text.size();
+    for (const QChar* p = text.constData(); p != end; ++p) {
+        const char16_t c = p->unicode();
+        if (c != u'"' && c != u'\\' && QChar::isPrint(c)) {
+            line += *p;
+            continue;
+        }
+        switch (c) {
+        case u'"':
+        case u'\\':
+            line += QLatin1Char('\\');
+            line += *p;
+            continue;
+        case u'\b':
+            line += QLatin1String("\\b");
+            continue;
+        case u'\f':
+            line += QLatin1String("\\f");
+            continue;
+        case u'\n':
+            line += QLatin1String("\\n");
+            continue;
+        case u'\r':
+            line += QLatin1String("\\r");
+            continue;
+        case u'\t':
+            line += QLatin1String("\\t");
+            continue;
+        }
+        if (QChar::isHighSurrogate(c) && p + 1 != end && p[1].isLowSurrogate()) {
+            const char32_t ucs4 = QChar::surrogateToUcs4(c, p[1].unicode());
+            if (QChar::isPrint(ucs4)) {
+                line += p[0];
+                line += p[1];
+            } else {
+                appendEscape(line, 'U', ucs4, 8);
+            }
+            ++p;
+            continue;
+        }
+        appendEscape(line, 'u', c, 4);
+    }
+    line += QLatin1Char('"');
+}
+
+void appendField(QString& line, const char* label, unsigned char value) {
+    line += QLatin1String(label);
+    line += QLatin1String(" \"");
+    appendHexByte(line, value);
+    line += QLatin1String("\" ");
+}
+
+// The line qDebug() would write for the record's fields, built into a buffer each thread
+// reuses, so that tracing a command allocates nothing once the buffer has grown.
 void trace(const model_Protocoldata& rec) {
     if (!traceEnabled())
         return;
-    qDebug() << "---addToQueue----CMD=" << hexByte(rec.cmdHead[2])
-             << "---DAT1=" << hexByte(rec.cmdHead[3]) << "---DAT2=" << hexByte(rec.cmdHead[4])
-             << "---DAT3=" << hexByte(rec.cmdHead[5]) << "---DAT4=" << hexByte(rec.cmdHead[6])
-             << "---arryDatablock=" << QString::fromLatin1(rec.arryDatablock.toHex())
-             << "---Datablock=" << rec.Datablock;
+    thread_local QString line;
+    line.resize(0);
+    appendField(line, "---addToQueue----CMD=", rec.cmdHead[2]);
+    appendField(line, "---DAT1=", rec.cmdHead[3]);
+    appendField(line, "---DAT2=", rec.cmdHead[4]);
+    appendField(line, "---DAT3=", rec.cmdHead[5]);
+    appendField(line, "---DAT4=", rec.cmdHead[6]);
+    line += QLatin1String("---arryDatablock= \"");
+    for (char byte : rec.arryDatablock) {
+        appendHexDigit(line, static_cast<unsigned char>(byte) >> 4);
+        appendHexDigit(line, static_cast<unsigned char>(byte));
+    }
+    line += QLatin1String("\" ---Datablock= ");
+    appendQuoted(line, rec.Datablock);
+    const QMessageLogContext context(QT_MESSAGELOG_FILE, QT_MESSAGELOG_LINE, QT_MESSAGELOG_FUNC,
+                                     "default");
+    qt_message_output(QtDebugMsg, context, line);
 }
 
 void fillHead(model_Protocoldata& rec, int cmd, int dat1, int dat2, int dat3, int dat4) {
