@@ -99,80 +99,96 @@ private:
 
 const RouteIndex kRouteIndex;
 
-void appendHexDigit(QString& line, unsigned value) {
-    line += QLatin1Char("0123456789abcdef"[value & 0xF]);
-}
+// Writes the trace line into a buffer sized for the worst case, one character at a time.
+class LineWriter {
+public:
+    explicit LineWriter(QChar* at) : at(at) {}
+    QChar* end() const { return at; }
 
-// Lowercase hexadecimal without leading zeros, as QString::number(value, 16) writes it.
-void appendHexByte(QString& line, unsigned char value) {
-    if (value > 0xF)
-        appendHexDigit(line, value >> 4);
-    appendHexDigit(line, value);
-}
-
-void appendEscape(QString& line, char kind, unsigned value, int digits) {
-    line += QLatin1Char('\\');
-    line += QLatin1Char(kind);
-    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
-        line += QLatin1Char("0123456789ABCDEF"[(value >> shift) & 0xF]);
-}
-
-// The text quoted as QDebug quotes a string: printable characters as they are, the quote and
-// the backslash escaped, the usual control characters by their C escapes, any other character
-// as \uXXXX, or \UXXXXXXXX for a non-printable one beyond the 16-bit range.
-void appendQuoted(QString& line, const QString& text) {
-    line += QLatin1Char('"');
-    const QChar* const end = text.constData() + text.size();
-    for (const QChar* p = text.constData(); p != end; ++p) {
-        const char16_t c = p->unicode();
-        if (c != u'"' && c != u'\\' && QChar::isPrint(c)) {
-            line += *p;
-            continue;
+    void put(QChar c) { *at++ = c; }
+    void put(char c) { *at++ = QLatin1Char(c); }
+    void put(const char* text) {
+        while (*text)
+            put(*text++);
+    }
+    // Lowercase hexadecimal without leading zeros, as QString::number(value, 16) writes it.
+    void hexByte(unsigned char value) {
+        if (value > 0xF)
+            hexDigit(value >> 4);
+        hexDigit(value);
+    }
+    void hexDigit(unsigned value) { put("0123456789abcdef"[value & 0xF]); }
+    void field(const char* label, unsigned char value) {
+        put(label);
+        put(" \"");
+        hexByte(value);
+        put("\" ");
+    }
+    // The text quoted as QDebug quotes a string: printable characters as they are, the quote
+    // and the backslash escaped, the usual control characters by their C escapes, any other
+    // character as \uXXXX, or \UXXXXXXXX for a non-printable one beyond the 16-bit range.
+    void quoted(const QString& text) {
+        put('"');
+        const QChar* const last = text.constData() + text.size();
+        for (const QChar* p = text.constData(); p != last; ++p) {
+            const char16_t c = p->unicode();
+            if (c != u'"' && c != u'\\' && QChar::isPrint(c)) {
+                put(*p);
+            } else if (const char* escape = controlEscape(c)) {
+                put(escape);
+            } else if (QChar::isHighSurrogate(c) && p + 1 != last && p[1].isLowSurrogate()) {
+                surrogatePair(p[0], p[1]);
+                ++p;
+            } else {
+                escaped('u', c, 4);
+            }
         }
+        put('"');
+    }
+
+    // The most characters a record's line can take: each text character becomes at most six.
+    static int maxLength(const model_Protocoldata& rec) {
+        return 160 + 2 * int(rec.arryDatablock.size()) + 6 * int(rec.Datablock.size());
+    }
+
+private:
+    static const char* controlEscape(char16_t c) {
         switch (c) {
         case u'"':
+            return "\\\"";
         case u'\\':
-            line += QLatin1Char('\\');
-            line += *p;
-            continue;
+            return "\\\\";
         case u'\b':
-            line += QLatin1String("\\b");
-            continue;
+            return "\\b";
         case u'\f':
-            line += QLatin1String("\\f");
-            continue;
+            return "\\f";
         case u'\n':
-            line += QLatin1String("\\n");
-            continue;
+            return "\\n";
         case u'\r':
-            line += QLatin1String("\\r");
-            continue;
+            return "\\r";
         case u'\t':
-            line += QLatin1String("\\t");
-            continue;
+            return "\\t";
         }
-        if (QChar::isHighSurrogate(c) && p + 1 != end && p[1].isLowSurrogate()) {
-            const char32_t ucs4 = QChar::surrogateToUcs4(c, p[1].unicode());
-            if (QChar::isPrint(ucs4)) {
-                line += p[0];
-                line += p[1];
-            } else {
-                appendEscape(line, 'U', ucs4, 8);
-            }
-            ++p;
-            continue;
-        }
-        appendEscape(line, 'u', c, 4);
+        return nullptr;
     }
-    line += QLatin1Char('"');
-}
+    void surrogatePair(QChar high, QChar low) {
+        const char32_t ucs4 = QChar::surrogateToUcs4(high, low);
+        if (QChar::isPrint(ucs4)) {
+            put(high);
+            put(low);
+        } else {
+            escaped('U', ucs4, 8);
+        }
+    }
+    void escaped(char kind, unsigned value, int digits) {
+        put('\\');
+        put(kind);
+        for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
+            put("0123456789ABCDEF"[(value >> shift) & 0xF]);
+    }
 
-void appendField(QString& line, const char* label, unsigned char value) {
-    line += QLatin1String(label);
-    line += QLatin1String(" \"");
-    appendHexByte(line, value);
-    line += QLatin1String("\" ");
-}
+    QChar* at;
+};
 
 // The line qDebug() would write for the record's fields, built into a buffer each thread
 // reuses, so that tracing a command allocates nothing once the buffer has grown.
@@ -180,19 +196,21 @@ void trace(const model_Protocoldata& rec) {
     if (!traceEnabled())
         return;
     thread_local QString line;
-    line.resize(0);
-    appendField(line, "---addToQueue----CMD=", rec.cmdHead[2]);
-    appendField(line, "---DAT1=", rec.cmdHead[3]);
-    appendField(line, "---DAT2=", rec.cmdHead[4]);
-    appendField(line, "---DAT3=", rec.cmdHead[5]);
-    appendField(line, "---DAT4=", rec.cmdHead[6]);
-    line += QLatin1String("---arryDatablock= \"");
+    line.resize(LineWriter::maxLength(rec));
+    LineWriter out(line.data());
+    out.field("---addToQueue----CMD=", rec.cmdHead[2]);
+    out.field("---DAT1=", rec.cmdHead[3]);
+    out.field("---DAT2=", rec.cmdHead[4]);
+    out.field("---DAT3=", rec.cmdHead[5]);
+    out.field("---DAT4=", rec.cmdHead[6]);
+    out.put("---arryDatablock= \"");
     for (char byte : rec.arryDatablock) {
-        appendHexDigit(line, static_cast<unsigned char>(byte) >> 4);
-        appendHexDigit(line, static_cast<unsigned char>(byte));
+        out.hexDigit(static_cast<unsigned char>(byte) >> 4);
+        out.hexDigit(static_cast<unsigned char>(byte));
     }
-    line += QLatin1String("\" ---Datablock= ");
-    appendQuoted(line, rec.Datablock);
+    out.put("\" ---Datablock= ");
+    out.quoted(rec.Datablock);
+    line.resize(int(out.end() - line.constData()));
     const QMessageLogContext context(QT_MESSAGELOG_FILE, QT_MESSAGELOG_LINE, QT_MESSAGELOG_FUNC,
                                      "default");
     qt_message_output(QtDebugMsg, context, line);
