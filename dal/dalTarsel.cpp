@@ -213,7 +213,10 @@ void trace(const model_Protocoldata& rec) {
     line.resize(int(out.end() - line.constData()));
     const QMessageLogContext context(QT_MESSAGELOG_FILE, QT_MESSAGELOG_LINE, QT_MESSAGELOG_FUNC,
                                      "default");
-    qt_message_output(QtDebugMsg, context, line);
+    // A shared copy: should the handler queue a command itself, the nested trace rebuilds the
+    // buffer in fresh memory instead of under the text being handled.
+    const QString message = line;
+    qt_message_output(QtDebugMsg, context, message);
 }
 
 void fillHead(model_Protocoldata& rec, int cmd, int dat1, int dat2, int dat3, int dat4) {

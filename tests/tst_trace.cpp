@@ -12,6 +12,7 @@ private slots:
     void sameAsQDebug_data();
     void sameAsQDebug();
     void randomTextSameAsQDebug();
+    void handlerMayQueueACommand();
 };
 
 namespace {
@@ -74,6 +75,26 @@ void tst_trace::randomTextSameAsQDebug() {
         if (QTest::currentTestFailed())
             QFAIL(qPrintable(QStringLiteral("round %1").arg(round)));
     }
+}
+
+// A handler that itself queues a command must still see its own line intact afterwards.
+void tst_trace::handlerMayQueueACommand() {
+    static QStringList handled;
+    handled.clear();
+    const QtMessageHandler previous =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
+            if (handled.isEmpty()) {
+                handled << QString();
+                DalTarsel().f_SendCmd(3000, 0x6A, 9, 0, 0, 0, nullptr, 0, QStringLiteral("inner"));
+            }
+            handled << message;
+        });
+    DalTarsel().f_SendCmd(3000, 0x68, 0x12, 3, 0, 0, nullptr, 0, QStringLiteral("outer"));
+    qInstallMessageHandler(previous);
+    const QVector<model_Protocoldata> queued = takeQueued();
+    QCOMPARE(queued.size(), 2);
+    // Qt hands a message written inside the handler to its default output, not to the handler.
+    QCOMPARE(handled, (QStringList{QString(), viaQDebug(queued[1])}));
 }
 
 QTEST_GUILESS_MAIN(tst_trace)
