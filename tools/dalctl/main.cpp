@@ -122,7 +122,8 @@ int decode(const QStringList& call, int deviceType) {
     if (decoded.candidates.isEmpty())
         out() << "no operation sends it\n";
     for (const Candidate& c : decoded.candidates)
-        out() << "  native " << c.native << ": " << c.text() << '\n';
+        out() << "  " << (c.native.isEmpty() ? QString() : "native " + c.native + ": ") << c.text()
+              << '\n';
     out().flush();
     return decoded.status == Decoded::Found ? 0 : 1;
 }
