@@ -11,6 +11,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -27,6 +28,7 @@ constexpr int kHeadSize = 5; // CMD DAT1 DAT2 DAT3 DAT4
 constexpr int kNative = 0x700000;
 constexpr int kAllFamilies = 0;
 constexpr int kOsdCommandAt = 4; // an OSD header's command byte
+constexpr int kModelProbe = 7;   // the value every numeric model member takes in one probe
 const QByteArray kFrameStart = QByteArray::fromHex("680000000168");
 const QByteArray kOsdMarker = QByteArray::fromHex("00fedc");
 const char kTraceLabel[] = "---addToQueue----CMD=";
@@ -129,7 +131,7 @@ void learn(Shape& shape, int arg, ArgKind kind, long long base,
            const QVector<QPair<long long, const Form*>>& probes) {
     const QByteArray& bytes = shape.form.bytes;
     for (const auto& probe : probes) {
-        if (probe.second->text != shape.form.text && !shape.textArgs.contains(arg))
+        if (arg >= 0 && probe.second->text != shape.form.text && !shape.textArgs.contains(arg))
             shape.textArgs << arg;
         for (int at = 0; at < bytes.size(); ++at)
             if (!comparable(shape.form, *probe.second, at) || probe.second->bytes[at] != bytes[at])
@@ -151,6 +153,8 @@ void learn(Shape& shape, int arg, ArgKind kind, long long base,
         return std::any_of(shape.rules.begin(), shape.rules.end(),
                            [at](const Rule& rule) { return rule.at == at; });
     };
+    if (kind == ArgKind::Other)
+        return;
     if (kind == ArgKind::Boolean) {
         for (int at = 0; at < bytes.size(); ++at)
             if (!probes.isEmpty() && comparable(shape.form, *probes[0].second, at) &&
@@ -214,6 +218,14 @@ QVector<Signature> probeOperation(const Operation& op, int device, const Models&
             learn(signatures[k].out, arg, kind, base, outForms);
         }
     }
+    // Bytes taken from a model record's members are not fixed either.
+    QVector<Form> modelHeads, modelOuts;
+    if (runProbe(op, sample, device, models.withNumbers(kModelProbe), modelHeads, modelOuts) &&
+        modelHeads.size() == heads.size())
+        for (int k = 0; k < signatures.size(); ++k) {
+            learn(signatures[k].head, -1, ArgKind::Other, 0, {qMakePair(0LL, &modelHeads[k])});
+            learn(signatures[k].out, -1, ArgKind::Other, 0, {qMakePair(0LL, &modelOuts[k])});
+        }
     return signatures;
 }
 
@@ -387,7 +399,8 @@ bool parseTrace(Cursor c, unsigned char head[kHeadSize], const char*& block,
 class Annotations {
 public:
     const QByteArray& of(int device, const QByteArray& native, bool tunnel, bool json) {
-        QByteArray key = native.left(kHeadSize) + char(tunnel) + char(json);
+        const QByteArray key =
+            QByteArray::number(device) + native.left(kHeadSize) + char(tunnel) + char(json);
         auto it = cache.find(key.toStdString());
         if (it != cache.end())
             return it->second;
@@ -634,8 +647,7 @@ bool explainable(const Operation& op) {
         if (type.contains(QLatin1String("model_Protocoldata")) ||
             type.contains(QLatin1String("model_OsdParam")))
             return false;
-    return !op.name.startsWith(QLatin1String("transformBufToQString")) &&
-           op.name != QLatin1String("convertCheckSumForVMS");
+    return true;
 }
 
 QString Candidate::text() const {
@@ -661,7 +673,7 @@ QJsonObject Candidate::json() const {
 
 QByteArray explainLine(const QByteArray& line, int deviceType, bool json, long long number) {
     static Annotations annotations;
-    const int label = line.indexOf(kTraceLabel);
+    const auto label = line.indexOf(kTraceLabel);
     if (label < 0)
         return json ? QByteArray() : line;
     unsigned char head[kHeadSize];
@@ -684,22 +696,20 @@ QByteArray explainLine(const QByteArray& line, int deviceType, bool json, long l
 }
 
 bool explainStream(std::FILE* in, std::FILE* out, int deviceType, bool json) {
-    QByteArray line;
+    char* buffer = nullptr; // one buffer, as long as the longest line, for the whole log
+    std::size_t capacity = 0;
     long long number = 0;
-    char buffer[1 << 16];
-    while (std::fgets(buffer, sizeof buffer, in)) {
-        line += buffer;
-        if (!line.endsWith('\n') && !std::feof(in))
-            continue;
-        ++number;
-        line.chop(line.endsWith("\r\n") ? 2 : line.endsWith('\n') ? 1 : 0);
-        const QByteArray written = explainLine(line, deviceType, json, number);
+    for (ssize_t length; (length = getline(&buffer, &capacity, in)) != -1;) {
+        while (length > 0 && (buffer[length - 1] == '\n' || buffer[length - 1] == '\r'))
+            --length;
+        const QByteArray written =
+            explainLine(QByteArray::fromRawData(buffer, int(length)), deviceType, json, ++number);
         if (!written.isEmpty() || !json) {
             std::fwrite(written.constData(), 1, std::size_t(written.size()), out);
             std::fputc('\n', out);
         }
-        line.clear();
     }
+    std::free(buffer);
     return !std::ferror(in);
 }
 

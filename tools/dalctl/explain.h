@@ -38,14 +38,15 @@ struct Candidate {
     QJsonObject json() const;
 };
 
-// Operations whose records can be explained: those that neither take the record to queue nor
-// take its command byte as an argument (`cmd`), and are no translators.
+// Operations whose records can be explained: those that neither take a record (to queue or to
+// translate) nor take its command byte as an argument (`cmd`).
 bool explainable(const Operation& op);
 
 // Annotates a log read from `in`, line by line: trace lines of the generic send get the
 // operations that queue them, every other line passes unchanged. Returns false on a read error.
 bool explainStream(std::FILE* in, std::FILE* out, int deviceType, bool json);
 // One line as explainStream writes it; empty when the line is not a trace line (and json).
+// Annotations are kept per head in a small cache, so calls are not thread-safe.
 QByteArray explainLine(const QByteArray& line, int deviceType, bool json, long long number = 0);
 
 // The result of decoding one record.
