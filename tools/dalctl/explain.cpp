@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -77,6 +76,7 @@ struct Shape {
     QByteArray varies;
     QVector<Rule> rules;
     QVector<int> textArgs; // arguments that change a text form
+    QString skeleton;      // of a text form
 };
 
 struct Signature {
@@ -178,6 +178,13 @@ void learn(Shape& shape, int arg, ArgKind kind, long long base,
             shape.rules << Rule{Rule::High, at, arg, lowOffset, 0};
 }
 
+Shape shapeOf(const Form& form) {
+    Shape shape;
+    shape.form = form;
+    shape.varies = QByteArray(form.bytes.size(), 0);
+    return shape;
+}
+
 QVector<Signature> probeOperation(const Operation& op, int device, const Models& models) {
     const QStringList sample = sampleCall(op).mid(1);
     QVector<Form> heads, outs;
@@ -185,11 +192,8 @@ QVector<Signature> probeOperation(const Operation& op, int device, const Models&
         return {};
     QVector<Signature> signatures;
     for (int k = 0; k < heads.size(); ++k) {
-        Signature s{
-            &op, device, k + 1, int(heads.size()), {heads[k], {}, {}, {}}, {outs[k], {}, {}, {}}};
-        s.head.varies = QByteArray(heads[k].bytes.size(), 0);
-        s.out.varies = QByteArray(outs[k].bytes.size(), 0);
-        signatures << s;
+        signatures << Signature{
+            &op, device, k + 1, int(heads.size()), shapeOf(heads[k]), shapeOf(outs[k])};
     }
     for (int arg = 0; arg < sample.size(); ++arg) {
         const ArgKind kind = kindOf(op.argumentTypes[arg]);
@@ -227,6 +231,14 @@ QVector<Signature> probeOperation(const Operation& op, int device, const Models&
             learn(signatures[k].out, -1, ArgKind::Other, 0, {qMakePair(0LL, &modelOuts[k])});
         }
     return signatures;
+}
+
+// A text with its numbers (and the port letter that follows one) blanked: two texts of the
+// same row share it.
+QString skeleton(const QString& text) {
+    static const QRegularExpression numbers(QStringLiteral("-?\\d+(\\.\\d+)?"));
+    static const QRegularExpression port(QStringLiteral("#[A-F](?![A-Za-z])"));
+    return QString(text).replace(numbers, QStringLiteral("#")).replace(port, QStringLiteral("#@"));
 }
 
 // ---- the index of one device ------------------------------------------------------------------
@@ -268,6 +280,8 @@ std::unique_ptr<Index> buildIndex(int device) {
             index->signatures << probeOperation(op, tarsel ? device : kNative, models);
     }
     for (int i = 0; i < index->signatures.size(); ++i) {
+        Shape& out = index->signatures[i].out;
+        out.skeleton = skeleton(out.form.text);
         const Shape& head = index->signatures[i].head;
         if (head.form.kind == Form::Head && !head.varies.isEmpty() && !head.varies[0])
             index->byCmd[byteAt(head.form.bytes, 0)] << i;
@@ -441,14 +455,6 @@ constexpr int kKeyboard = 0x400000;
 constexpr int kVm6s = 0x2C0104;
 constexpr int kMaxRuns = 2048; // calls tried per candidate text
 
-// A text with its numbers (and the port letter that follows one) blanked: two texts of the
-// same row share it.
-QString skeleton(const QString& text) {
-    static const QRegularExpression numbers(QStringLiteral("-?\\d+(\\.\\d+)?"));
-    static const QRegularExpression port(QStringLiteral("#[A-F](?![A-Za-z])"));
-    return QString(text).replace(numbers, QStringLiteral("#")).replace(port, QStringLiteral("#@"));
-}
-
 // Values worth trying for an integer argument that reached `text`: its numbers, one off (the
 // devices count from 1), 3000 above (parameters riding in the time-out) and small ones.
 QStringList valuesFor(ArgKind kind, const QString& sample, const QString& text) {
@@ -590,7 +596,7 @@ Decoded decodeText(const QString& text, int device) {
     bool known = false;
     for (int dev : devices)
         for (const Signature& s : indexFor(dev).signatures) {
-            if (s.out.form.kind != Form::Text || skeleton(s.out.form.text) != shape)
+            if (s.out.form.kind != Form::Text || s.out.skeleton != shape)
                 continue;
             known = true;
             Candidate c = candidateOf(s);
