@@ -72,15 +72,28 @@ void tst_explain::roundTrip() {
     for (const Operation& op : operations()) {
         if (op.className != className || !explainable(op))
             continue;
-        const QStringList given = sampleCall(op).mid(1);
         DeviceSetting setting;
         setting.deviceType = device ? device : 0x700000;
+        // Distinct integers, so that an argument read from the wrong byte shows; the samples
+        // where the operation refuses them.
+        QStringList given = sampleCall(op).mid(1);
+        for (int i = 0; i < given.size(); ++i)
+            if (given[i] == QLatin1String("1") && op.argumentTypes[i] != QLatin1String("double"))
+                given[i] = QString::number(2 + i);
         Outcome outcome;
         QStringList traced;
-        {
+        const QStringList calls[] = {given, sampleCall(op).mid(1)};
+        for (const QStringList& call : calls) {
             TraceCapture capture;
-            outcome = runOperation(op, given, setting, Models::defaults());
+            try {
+                outcome = runOperation(op, call, setting, Models::defaults());
+            } catch (const std::exception&) {
+                continue;
+            }
             traced = capture.lines().filter(QStringLiteral("---addToQueue----CMD="));
+            given = call;
+            if (!outcome.records.isEmpty() || !outcome.osdRecords.isEmpty())
+                break;
         }
         for (const QString& line : traced) {
             const QByteArray note = explainLine(line.toUtf8(), device, true);

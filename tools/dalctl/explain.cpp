@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -27,6 +28,8 @@ constexpr int kHeadSize = 5; // CMD DAT1 DAT2 DAT3 DAT4
 constexpr int kNative = 0x700000;
 constexpr int kAllFamilies = 0;
 constexpr int kOsdCommandAt = 4; // an OSD header's command byte
+constexpr int kNobody = -1;      // no argument (or only a model member) changed a byte
+constexpr int kSeveral = -2;     // more than one argument did
 constexpr int kModelProbe = 7;   // the value every numeric model member takes in one probe
 const QByteArray kFrameStart = QByteArray::fromHex("680000000168");
 const QByteArray kOsdMarker = QByteArray::fromHex("00fedc");
@@ -75,13 +78,15 @@ struct Shape {
     Form form;
     QByteArray varies;
     QVector<Rule> rules;
-    QVector<int> textArgs; // arguments that change a text form
-    QString skeleton;      // of a text form
+    QVector<int> textArgs;  // arguments that change a text form
+    QString skeleton;       // of a text form
+    QVector<int> changedBy; // per byte: the argument that changed it, kNobody or kSeveral
 };
 
 struct Signature {
     const Operation* op;
     int device;
+    QStringList base; // the call probed
     int record;
     int records;
     Shape head; // the native head and block, on the device it was probed on
@@ -134,8 +139,13 @@ void learn(Shape& shape, int arg, ArgKind kind, long long base,
         if (arg >= 0 && probe.second->text != shape.form.text && !shape.textArgs.contains(arg))
             shape.textArgs << arg;
         for (int at = 0; at < bytes.size(); ++at)
-            if (!comparable(shape.form, *probe.second, at) || probe.second->bytes[at] != bytes[at])
+            if (!comparable(shape.form, *probe.second, at) ||
+                probe.second->bytes[at] != bytes[at]) {
                 shape.varies[at] = 1;
+                int& by = shape.changedBy[at];
+                if (arg != kNobody)
+                    by = by == kNobody || by == arg ? arg : kSeveral;
+            }
     }
     // byte == ((value + offset) >> shift) & 0xFF for the sample and every probe
     auto follows = [&](int at, int shift, int offset) {
@@ -182,63 +192,102 @@ Shape shapeOf(const Form& form) {
     Shape shape;
     shape.form = form;
     shape.varies = QByteArray(form.bytes.size(), 0);
+    shape.changedBy = QVector<int>(form.bytes.size(), kNobody);
     return shape;
 }
 
-QVector<Signature> probeOperation(const Operation& op, int device, const Models& models) {
-    const QStringList sample = sampleCall(op).mid(1);
+// The command (CMD, DAT1) of a call's first record and the kind of form it goes out as: calls
+// that differ in either are another branch of the operation, not a variation of this one.
+QByteArray branchOf(const QVector<Form>& heads, const QVector<Form>& outs) {
+    return heads.isEmpty() ? QByteArray() : heads[0].bytes.left(2) + char(outs[0].kind);
+}
+
+// A byte that two arguments change carries neither alone.
+void dropSharedBytes(Shape& shape) {
+    shape.rules.erase(
+        std::remove_if(shape.rules.begin(), shape.rules.end(),
+                       [&](const Rule& rule) { return shape.changedBy[rule.at] == kSeveral; }),
+        shape.rules.end());
+}
+
+constexpr int kMaxBranches = 8;
+
+// Probes the operation from one call (`base`) and, one level deep, from each call of another
+// command that the probes came across. `seen` holds the commands already probed.
+QVector<Signature> probeCall(const Operation& op, int device, const Models& models,
+                             const QStringList& base, QVector<QByteArray>& seen, bool branch) {
     QVector<Form> heads, outs;
-    if (!runProbe(op, sample, device, models, heads, outs) || heads.isEmpty())
+    if (!runProbe(op, base, device, models, heads, outs) || heads.isEmpty() ||
+        seen.contains(branchOf(heads, outs)))
         return {};
+    seen << branchOf(heads, outs);
     QVector<Signature> signatures;
-    for (int k = 0; k < heads.size(); ++k) {
+    for (int k = 0; k < heads.size(); ++k)
         signatures << Signature{
-            &op, device, k + 1, int(heads.size()), shapeOf(heads[k]), shapeOf(outs[k])};
-    }
-    for (int arg = 0; arg < sample.size(); ++arg) {
+            &op, device, base, k + 1, int(heads.size()), shapeOf(heads[k]), shapeOf(outs[k])};
+    QVector<QStringList> branches;
+    for (int arg = 0; arg < base.size(); ++arg) {
         const ArgKind kind = kindOf(op.argumentTypes[arg]);
         if (kind == ArgKind::Other)
             continue;
-        const QVector<long long> values =
-            kind == ArgKind::Boolean ? QVector<long long>{0} : QVector<long long>{0, 5, 9, 0x1234};
+        const long long value =
+            kind == ArgKind::Boolean ? base[arg] == QLatin1String("true") : base[arg].toLongLong();
+        const QVector<long long> values = kind == ArgKind::Boolean
+                                              ? QVector<long long>{1 - value}
+                                              : QVector<long long>{0, 2, 3, 5, 9, 0x1234};
         QVector<Probe> probes;
-        for (long long value : values) {
-            QStringList arguments = sample;
-            arguments[arg] =
-                kind == ArgKind::Boolean ? QStringLiteral("false") : QString::number(value);
-            Probe probe{value, {}, {}};
-            if (runProbe(op, arguments, device, models, probe.heads, probe.outs) &&
-                probe.heads.size() == heads.size())
+        for (long long v : values) {
+            QStringList arguments = base;
+            arguments[arg] = kind == ArgKind::Boolean ? QString::fromLatin1(v ? "true" : "false")
+                                                      : QString::number(v);
+            Probe probe{v, {}, {}};
+            if (!runProbe(op, arguments, device, models, probe.heads, probe.outs))
+                continue;
+            if (branchOf(probe.heads, probe.outs) != branchOf(heads, outs))
+                branches << arguments;
+            else if (probe.heads.size() == heads.size())
                 probes << probe;
         }
-        const long long base = kind == ArgKind::Boolean ? 1 : sample[arg].toLongLong();
         for (int k = 0; k < signatures.size(); ++k) {
             QVector<QPair<long long, const Form*>> headForms, outForms;
             for (const Probe& probe : probes) {
                 headForms << qMakePair(probe.value, &probe.heads[k]);
                 outForms << qMakePair(probe.value, &probe.outs[k]);
             }
-            learn(signatures[k].head, arg, kind, base, headForms);
-            learn(signatures[k].out, arg, kind, base, outForms);
+            learn(signatures[k].head, arg, kind, value, headForms);
+            learn(signatures[k].out, arg, kind, value, outForms);
         }
     }
     // Bytes taken from a model record's members are not fixed either.
     QVector<Form> modelHeads, modelOuts;
-    if (runProbe(op, sample, device, models.withNumbers(kModelProbe), modelHeads, modelOuts) &&
-        modelHeads.size() == heads.size())
-        for (int k = 0; k < signatures.size(); ++k) {
-            learn(signatures[k].head, -1, ArgKind::Other, 0, {qMakePair(0LL, &modelHeads[k])});
-            learn(signatures[k].out, -1, ArgKind::Other, 0, {qMakePair(0LL, &modelOuts[k])});
+    const bool modelRun =
+        runProbe(op, base, device, models.withNumbers(kModelProbe), modelHeads, modelOuts) &&
+        modelHeads.size() == heads.size();
+    for (int k = 0; k < signatures.size(); ++k) {
+        dropSharedBytes(signatures[k].head);
+        dropSharedBytes(signatures[k].out);
+        if (modelRun) {
+            learn(signatures[k].head, kNobody, ArgKind::Other, 0, {qMakePair(0LL, &modelHeads[k])});
+            learn(signatures[k].out, kNobody, ArgKind::Other, 0, {qMakePair(0LL, &modelOuts[k])});
         }
+    }
+    for (int i = 0; !branch && i < branches.size() && i < kMaxBranches; ++i)
+        signatures += probeCall(op, device, models, branches[i], seen, true);
     return signatures;
 }
 
-// A text with its numbers (and the port letter that follows one) blanked: two texts of the
-// same row share it.
+QVector<Signature> probeOperation(const Operation& op, int device, const Models& models) {
+    QVector<QByteArray> seen;
+    return probeCall(op, device, models, sampleCall(op).mid(1), seen, false);
+}
+
+// A text without its numbers, separators, raw bytes and the port letter that follows a number:
+// two texts of the same row share it, whatever values and however many of them they carry.
 QString skeleton(const QString& text) {
-    static const QRegularExpression numbers(QStringLiteral("-?\\d+(\\.\\d+)?"));
-    static const QRegularExpression port(QStringLiteral("#[A-F](?![A-Za-z])"));
-    return QString(text).replace(numbers, QStringLiteral("#")).replace(port, QStringLiteral("#@"));
+    static const QRegularExpression port(QStringLiteral("(\\d)[A-F](?![A-Za-z])"));
+    static const QRegularExpression values(
+        QStringLiteral("[-0-9., \\x{00}-\\x{1f}\\x{7f}-\\x{ff}]"));
+    return QString(text).replace(port, QStringLiteral("\\1@")).remove(values);
 }
 
 // ---- the index of one device ------------------------------------------------------------------
@@ -453,7 +502,8 @@ private:
 const int kTextFamilies[] = {0x250300, 0x250400, 0x250502, 0x2D0000, 0x900000, 0x900001, 0x2C0104};
 constexpr int kKeyboard = 0x400000;
 constexpr int kVm6s = 0x2C0104;
-constexpr int kMaxRuns = 2048; // calls tried per candidate text
+constexpr int kMaxRuns = 2048; // combinations tried in full per candidate text
+constexpr int kRounds = 3;     // passes over the arguments when there are more
 
 // Values worth trying for an integer argument that reached `text`: its numbers, one off (the
 // devices count from 1), 3000 above (parameters riding in the time-out) and small ones.
@@ -482,48 +532,85 @@ const Models& sampleModels() {
     return models;
 }
 
-// Runs the operation with the values that reach its text until it sends exactly `text`.
+// The text an operation sends as record `s.record` for `arguments`, or a null string.
+QString textOf(const Signature& s, const QStringList& arguments, QByteArray& head) {
+    QVector<Form> heads, outs;
+    if (!runProbe(*s.op, arguments, s.device, sampleModels(), heads, outs) ||
+        outs.size() < s.record)
+        return QString();
+    head = heads[s.record - 1].bytes.left(kHeadSize);
+    return outs[s.record - 1].text;
+}
+
+// How many of the target's numbers a text carries in the same places.
+int closeness(const QString& text, const QString& target) {
+    static const QRegularExpression number(QStringLiteral("-?\\d+"));
+    QStringList a, b;
+    for (auto it = number.globalMatch(text); it.hasNext();)
+        a << it.next().captured();
+    for (auto it = number.globalMatch(target); it.hasNext();)
+        b << it.next().captured();
+    int same = 0;
+    for (int i = 0; i < a.size() && i < b.size(); ++i)
+        same += a[i] == b[i];
+    return text == target ? std::numeric_limits<int>::max() : same;
+}
+
+// Runs the operation with the values that reach its text until it sends exactly `text`: every
+// combination when they are few, otherwise one argument at a time, keeping the value that
+// brings the most of the text's numbers into place.
 bool searchText(const Signature& s, const QString& text, Candidate& c) {
-    const QStringList sample = sampleCall(*s.op).mid(1);
     const QVector<int>& args = s.out.textArgs;
     QVector<QStringList> choices;
-    long long runs = 1;
+    long long combinations = 1;
     for (int arg : args) {
-        choices << valuesFor(kindOf(s.op->argumentTypes[arg]), sample[arg], text);
-        runs *= choices.last().size();
-    }
-    while (runs > kMaxRuns) { // trim the longest list, keeping the likeliest values in front
-        auto longest = std::max_element(
-            choices.begin(), choices.end(),
-            [](const QStringList& a, const QStringList& b) { return a.size() < b.size(); });
-        runs = runs / longest->size() * (longest->size() - 1);
-        longest->removeLast();
+        choices << valuesFor(kindOf(s.op->argumentTypes[arg]), s.base[arg], text);
+        combinations *= choices.last().size();
     }
     const Quiet quiet;
-    QVector<int> pick(args.size(), 0);
-    for (long long run = 0; run < runs; ++run) {
-        QStringList arguments = sample;
-        long long rest = run;
-        for (int i = 0; i < args.size(); ++i) {
-            pick[i] = int(rest % choices[i].size());
-            rest /= choices[i].size();
-            arguments[args[i]] = choices[i][pick[i]];
+    QStringList current = s.base;
+    QByteArray head;
+    auto found = [&](const QStringList& arguments) {
+        if (textOf(s, arguments, head) != text)
+            return false;
+        for (int arg : args) {
+            const QString& value = arguments[arg];
+            c.args << qMakePair(s.op->argumentNames.value(arg), value == QLatin1String("true") ? 1LL
+                                                                : value == QLatin1String("false")
+                                                                    ? 0LL
+                                                                    : value.toLongLong());
         }
-        QVector<Form> heads, outs;
-        if (!runProbe(*s.op, arguments, s.device, sampleModels(), heads, outs) ||
-            outs.size() < s.record || outs[s.record - 1].text != text)
-            continue;
-        for (int i = 0; i < args.size(); ++i) {
-            const QString& value = arguments[args[i]];
-            c.args << qMakePair(s.op->argumentNames.value(args[i]),
-                                value == QLatin1String("true")    ? 1LL
-                                : value == QLatin1String("false") ? 0LL
-                                                                  : value.toLongLong());
-        }
-        c.native = QString::fromLatin1(heads[s.record - 1].bytes.left(kHeadSize).toHex(' '));
+        c.native = QString::fromLatin1(head.toHex(' '));
         return true;
+    };
+    if (combinations <= kMaxRuns) {
+        for (long long run = 0; run < combinations; ++run) {
+            long long rest = run;
+            for (int i = 0; i < args.size(); ++i) {
+                current[args[i]] = choices[i][int(rest % choices[i].size())];
+                rest /= choices[i].size();
+            }
+            if (found(current))
+                return true;
+        }
+        return false;
     }
-    return false;
+    for (int round = 0; round < kRounds; ++round)
+        for (int i = 0; i < args.size(); ++i) {
+            QString best = current[args[i]];
+            int bestCloseness = closeness(textOf(s, current, head), text);
+            for (const QString& value : choices[i]) {
+                QStringList trial = current;
+                trial[args[i]] = value;
+                const int close = closeness(textOf(s, trial, head), text);
+                if (close > bestCloseness) {
+                    best = value;
+                    bestCloseness = close;
+                }
+            }
+            current[args[i]] = best;
+        }
+    return found(current);
 }
 
 // The native head of a signature with "??" where it follows an argument.
