@@ -7,7 +7,7 @@ QT6_BUILD  ?= build-qt6
 BENCH_BUILD ?= build-bench
 FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
-FUZZERS    := fuzz_registry fuzz_translators fuzz_blocks
+FUZZERS    := fuzz_registry fuzz_translators fuzz_blocks fuzz_decode
 JOBS       ?= $(shell nproc)
 PACKAGES   := cmake g++ make pkg-config qtbase5-dev qt6-base-dev
 SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
@@ -69,8 +69,9 @@ test: test-plain test-asan test-tsan test-qt6
 bench: deps
 	$(MAKE) deps PACKAGES=libbenchmark-dev
 	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DDAL_BENCH=ON -DDAL_WERROR=ON
-	cmake --build $(BENCH_BUILD) -j $(JOBS) --target dal_bench
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target dal_bench explain_bench
 	$(BENCH_BUILD)/bench/dal_bench
+	$(BENCH_BUILD)/bench/explain_bench
 
 fuzz: deps
 	$(MAKE) deps PACKAGES="clang libclang-rt-14-dev"

@@ -1,3 +1,4 @@
+#include "explain.h"
 #include "records.h"
 #include "registry.h"
 #include "session.h"
@@ -90,10 +91,45 @@ const char* const kDescription =
     "  dalctl [options] raw [--timeout MS] [--text TEXT] CMD DAT1 DAT2 DAT3 DAT4 [HEX]\n"
     "  dalctl demo                           representative requests for every family\n"
     "  dalctl sweep [FAMILY]                 every operation with sample arguments, with\n"
-    "                                        its trace, on every family or the one named\n\n"
+    "                                        its trace, on every family or the one named\n"
+    "  dalctl [--device D] [--json] explain [FILE|-]   annotate the trace lines of a log\n"
+    "  dalctl [--device D] decode TEXT|HEX   the operations that send one record\n\n"
     "Arguments: integers in decimal or 0x-hex, booleans true/false, decimals, text, byte\n"
     "buffers as hex, integer lists as 1,2,3, JSON objects as JSON text. Model records are\n"
     "built in; --model FILE.json overrides their scalar members by name.";
+
+int explain(const QStringList& call, int deviceType, bool json) {
+    if (call.size() > 2)
+        return badInput(QStringLiteral("explain takes at most one file"),
+                        QStringLiteral("usage: dalctl [--device D] [--json] explain [FILE|-]"));
+    const QString name = call.value(1, QStringLiteral("-"));
+    std::FILE* in = name == QLatin1String("-") ? stdin : std::fopen(qPrintable(name), "rb");
+    if (!in)
+        return badInput(QStringLiteral("cannot read %1").arg(name), QString());
+    out().flush();
+    const bool read = explainStream(in, stdout, deviceType, json);
+    if (in != stdin)
+        std::fclose(in);
+    std::fflush(stdout);
+    return read ? 0 : badInput(QStringLiteral("error reading %1").arg(name), QString());
+}
+
+int decode(const QStringList& call, int deviceType) {
+    if (call.size() < 2)
+        return badInput(QStringLiteral("decode takes one record"),
+                        QStringLiteral("usage: dalctl [--device D] decode TEXT|HEX"));
+    const Decoded decoded = decodeRecord(call.mid(1).join(QLatin1Char(' ')), deviceType);
+    if (decoded.status == Decoded::BadInput)
+        return badInput(decoded.message, QString());
+    out() << decoded.message << '\n';
+    if (decoded.candidates.isEmpty())
+        out() << "no operation sends it\n";
+    for (const Candidate& c : decoded.candidates)
+        out() << "  " << (c.native.isEmpty() ? QString() : "native " + c.native + ": ") << c.text()
+              << '\n';
+    out().flush();
+    return decoded.status == Decoded::Found ? 0 : 1;
+}
 
 } // namespace
 
@@ -196,6 +232,11 @@ int main(int argc, char** argv) {
         if (!error.isEmpty())
             return badInput(QStringLiteral("%1: %2").arg(file.fileName(), error), QString());
     }
+
+    if (call.first() == QLatin1String("explain"))
+        return explain(call, device.deviceType, parser.isSet(jsonOption));
+    if (call.first() == QLatin1String("decode"))
+        return decode(call, parser.isSet(deviceOption) ? device.deviceType : 0);
 
     try {
         printOutcome(runRequest(call, device, models), parser.isSet(jsonOption));

@@ -336,6 +336,21 @@ Models Models::defaults() {
     return m;
 }
 
+template <class M>
+void setNumbers(const std::map<QString, FieldSetter<M>>& fields, M& model, int value) {
+    for (const auto& field : fields)
+        field.second(model, QJsonValue(value)); // text members refuse a number and stay
+}
+
+Models Models::withNumbers(int value) const {
+    Models m = *this;
+    setNumbers(kTarselFields, m.tarsel, value);
+    setNumbers(kSceneFields, m.scene, value);
+    setNumbers(kBankPlayerFields, m.bankPlayer, value);
+    setNumbers(kKeyboardFields, m.keyboard, value);
+    return m;
+}
+
 QString Models::override(const QByteArray& json) {
     QJsonParseError parseError;
     const QJsonDocument doc = QJsonDocument::fromJson(json, &parseError);

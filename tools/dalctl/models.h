@@ -20,6 +20,8 @@ struct Models {
     // Applies {"member": value} to every record with that member and
     // {"RecordClass": {"member": value}} to one record. Returns an error text, empty on success.
     QString override(const QByteArray& json);
+    // A copy whose numeric scalar members (those override takes) all hold `value`.
+    Models withNumbers(int value) const;
 };
 
 // Which record of Models an operation's parameter of type T takes.

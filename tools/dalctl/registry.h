@@ -31,6 +31,7 @@ struct Operation {
     // Runs the operation; returns what it returned and what it wrote to out-parameters, or
     // throws ArgError.
     std::function<QString(Targets&, const QStringList&, Models&)> run;
+    QStringList argumentNames; // names of the parameters that take an argument, in order
 
     QString qualifiedName() const { return className + QStringLiteral("::") + name; }
     QString usage() const { return qualifiedName() + params; }
@@ -115,13 +116,25 @@ QStringList argumentTypes(const QString& params) {
     return types;
 }
 
+template <class... P>
+QStringList argumentNames([[maybe_unused]] const QStringList& names) {
+    QStringList taken;
+    [[maybe_unused]] int i = 0;
+    ((args::Holder<P>::takesArgument ? void(taken << names.value(i++)) : void(++i)), ...);
+    return taken;
+}
+
 template <class C, class R, class... P>
 Operation makeOperation(const char* className, const char* name, const char* params,
                         R (C::*fn)(P...)) {
     const QString declared = QString::fromLatin1(params);
     const QStringList names = parameterNames(declared);
-    Operation op{QString::fromLatin1(className), QString::fromLatin1(name), declared,
-                 argumentTypes<P...>(declared), nullptr};
+    Operation op{QString::fromLatin1(className),
+                 QString::fromLatin1(name),
+                 declared,
+                 argumentTypes<P...>(declared),
+                 nullptr,
+                 argumentNames<P...>(names)};
     op.run = [fn, names](Targets& t, const QStringList& texts, Models& models) {
         C& target = targetOf<C>(t);
         auto call = [&](auto&&... a) -> R { return (target.*fn)(std::forward<decltype(a)>(a)...); };
@@ -136,8 +149,12 @@ Operation makeOperation(const char* className, const char* name, const char* par
                         R (*fn)(P...)) {
     const QString declared = QString::fromLatin1(params);
     const QStringList names = parameterNames(declared);
-    Operation op{QString::fromLatin1(className), QString::fromLatin1(name), declared,
-                 argumentTypes<P...>(declared), nullptr};
+    Operation op{QString::fromLatin1(className),
+                 QString::fromLatin1(name),
+                 declared,
+                 argumentTypes<P...>(declared),
+                 nullptr,
+                 argumentNames<P...>(names)};
     op.run = [fn, names](Targets&, const QStringList& texts, Models& models) {
         auto call = [&](auto&&... a) -> R { return fn(std::forward<decltype(a)>(a)...); };
         return invoke<R, decltype(call), P...>(call, texts, models, std::index_sequence_for<P...>{},

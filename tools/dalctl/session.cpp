@@ -106,9 +106,9 @@ QString runOperation(const QStringList& call, Targets& targets, Models& models) 
 
 } // namespace
 
-Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models models) {
-    if (call.isEmpty())
-        refuse(QStringLiteral("no operation given"));
+namespace {
+
+void setUp(const DeviceSetting& device) {
     Utility_Manage::setDeviceType(device.deviceType);
     Utility_Manage::setDeviceSubType(device.subType);
     Utility_Manage::setConnectType(device.connectType);
@@ -119,17 +119,37 @@ Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models 
     Dal_Pommet::isConnected = true;
     drainQueue();
     drainOsdQueue();
+}
 
+template <class Run>
+Outcome collect(Run run) {
     DalTarsel tarsel;
     Dal_Pommet pommet;
     dal_Osd osd;
     Targets targets{tarsel, pommet, osd};
     Outcome outcome;
-    if (call.first() == QLatin1String("raw"))
-        runRaw(call, targets);
-    else
-        outcome.returned = runOperation(call, targets, models);
+    outcome.returned = run(targets);
     outcome.records = drainQueue();
     outcome.osdRecords = drainOsdQueue();
     return outcome;
+}
+
+} // namespace
+
+Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models models) {
+    if (call.isEmpty())
+        refuse(QStringLiteral("no operation given"));
+    setUp(device);
+    return collect([&](Targets& targets) {
+        if (call.first() != QLatin1String("raw"))
+            return runOperation(call, targets, models);
+        runRaw(call, targets);
+        return QString();
+    });
+}
+
+Outcome runOperation(const Operation& op, const QStringList& arguments, const DeviceSetting& device,
+                     Models models) {
+    setUp(device);
+    return collect([&](Targets& targets) { return op.run(targets, arguments, models); });
 }

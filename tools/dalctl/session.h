@@ -3,6 +3,7 @@
 #include "model_osdparam.h"
 #include "model_protocoldata.h"
 #include "models.h"
+#include "registry.h"
 
 #include <QString>
 #include <QStringList>
@@ -37,6 +38,9 @@ struct Outcome {
 // Runs `call` (an operation name and its arguments, or "raw" and its arguments) against the
 // library with the device set as given and the link up. Throws UsageError on bad input.
 Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models models);
+// Runs one operation with its arguments (no name) the same way. Throws ArgError on bad input.
+Outcome runOperation(const Operation& op, const QStringList& arguments, const DeviceSetting& device,
+                     Models models);
 
 // Prints the representative requests for every family.
 void printDemo(QTextStream& out);
