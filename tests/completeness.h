@@ -1,23 +1,21 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include <QVector>
 
-// The signatures ("name(params)") of the operations a .def file lists, in order, e.g.
-//   const QStringList ops = QStringList() DAL_SIGNATURES_OF("catalog/system.def");
-// is spelt out as
-//   const QStringList ops = QStringList()
-//   #include "group_signatures_begin.h"
-//   #include "catalog/system.def"
-//   #include "group_signatures_end.h"
-//   ;
+// One operation as its operation list declares it: the class, "name(params)" and, for an
+// operation that sends one fixed command, the CMD and DAT1 cells as written in its row.
+struct ListedOperation {
+    const char* className;
+    const char* signature;
+    const char* cmd = nullptr;
+    const char* dat1 = nullptr;
+};
 
-// Calls every operation of `signatures` once through the dalctl registry, with sample
-// arguments and the default models, on a native device, and compares what it queued with
-// the rows of `expectationFile` (under tests/expected/):
-//   name records CMD DAT1      one row per operation; CMD and DAT1 of the first record in hex
-//   name/N records CMD DAT1    for overloads: the one taking N command-line arguments
-//   name 0                     an operation that queues nothing
-// Fails when an operation has no row, a row names no operation of the group, or a call
-// queues other records than its row says.
-void verifyGroup(const QStringList& signatures, const QString& expectationFile);
+// Every operation of every .def list, in list order.
+const QVector<ListedOperation>& listedOperations();
+
+// Calls the operation once through the dalctl registry, with sample arguments and the default
+// models, on a native device, and verifies that it is registered, queues at least one record
+// (or is one of the few known to queue none) and, for a fixed command, that its first record
+// carries the row's CMD and DAT1.
+void verifyListed(const ListedOperation& listed);

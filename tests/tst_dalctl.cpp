@@ -30,12 +30,10 @@ private slots:
     void jsonRecord();
     void traceShowsTheLine();
     void outParametersAndResults();
-    void listFilters();
     void modelOverride();
     void badInput_data();
     void badInput();
     void unknownOperationSuggests();
-    void demoCoversEveryFamily();
 };
 
 void tst_dalctl::rawOnFamilyCode() {
@@ -77,20 +75,6 @@ void tst_dalctl::outParametersAndResults() {
     QVERIFY2(rgb.out.contains("returned: 66051 (0x10203)"), qPrintable(rgb.out));
     const Run block = dalctl({"getBlock", "a1b2c3", "2"});
     QVERIFY2(block.out.contains("returned: 2 bytes: a1b2"), qPrintable(block.out));
-}
-
-void tst_dalctl::listFilters() {
-    const Run run = dalctl({"list", "fpga"});
-    QCOMPARE(run.exitCode, 0);
-    // The filter ignores case and keeps only matching operations, whatever the catalog holds.
-    const QStringList lines = run.out.trimmed().split(QLatin1Char('\n'));
-    QVERIFY(lines.contains(QStringLiteral("DalTarsel::resetOutPortFPGA(int timeout, int port)")));
-    for (const QString& line : lines)
-        QVERIFY2(line.section(QLatin1Char('('), 0, 0)
-                     .contains(QLatin1String("fpga"), Qt::CaseInsensitive),
-                 qPrintable(line));
-    const Run glob = dalctl({"list", "f_SendCmd*"});
-    QVERIFY(glob.out.contains("DalTarsel::f_SendCmdForDebug("));
 }
 
 void tst_dalctl::modelOverride() {
@@ -148,19 +132,6 @@ void tst_dalctl::unknownOperationSuggests() {
     QVERIFY2(run.err.contains("unknown operation resetOutPortFPGB; did you mean: "
                               "DalTarsel::resetOutPortFPGA"),
              qPrintable(run.err));
-}
-
-void tst_dalctl::demoCoversEveryFamily() {
-    const Run run = dalctl({"demo"});
-    QCOMPARE(run.exitCode, 0);
-    const QStringList families = {"native", "T9",   "T3",   "KR2",  "NV",
-                                  "H40",    "H40B", "VM6S", "Cadex"};
-    const QStringList blocks = run.out.split("\n\n", Qt::SkipEmptyParts);
-    QVERIFY(blocks.size() >= 5);
-    for (const QString& block : blocks)
-        for (const QString& family : families)
-            QVERIFY2(block.contains(QRegularExpression("\n  " + family + " +\\S")),
-                     qPrintable(family + " missing in:\n" + block));
 }
 
 QTEST_GUILESS_MAIN(tst_dalctl)

@@ -17,6 +17,8 @@ QString sampleArgument(const QString& type) {
         return QStringLiteral("a,b");
     if (type.contains(QLatin1String("QString")))
         return QStringLiteral("text");
+    if (type.contains(QLatin1String("model_OsdParam")))
+        return QStringLiteral("{\"tag\":\"sample\",\"timeout\":1000}");
     if (type.contains(QLatin1String("model_Protocoldata")))
         return QStringLiteral("{\"head\":\"00006a0300000000\",\"timeout\":3000}");
     return QStringLiteral("1");

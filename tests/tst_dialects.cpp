@@ -1,0 +1,433 @@
+#include "dalTarsel.h"
+#include "testsupport.h"
+#include "utility_manage.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLoggingCategory>
+#include <QtTest>
+
+#include <climits>
+
+// in(DAT2) = DAT2 + 1 and inP(DAT2) = DAT2 + 11, so each text shows which lookup it used.
+int inputIndex(int code, int rows, int) { return code + 10 * (1 - rows); }
+
+namespace {
+
+enum Bytes { NativeKept, TextBytes };
+
+constexpr int T9 = 0x250300, T3 = 0x250400, KR2 = 0x250502, NV = 0x2D0000;
+const QByteArray kNative = QByteArray::fromHex("0102");
+
+void rule(const char* name, int device, const char* head, const QString& text, int kind = 0,
+          Bytes bytes = TextBytes, int timeout = 3000, const char* block = "0102") {
+    QTest::newRow(name) << device << timeout << QByteArray::fromHex(head)
+                        << QByteArray::fromHex(block) << text << kind << int(bytes);
+}
+
+QString systemQuery(const char* key) {
+    return QString(R"({"Function":"getSystemMsg","Type":"System","Value":{"%1":"echo"}})").arg(key);
+}
+
+QString signedList(const QByteArray& bytes) {
+    QStringList values;
+    for (char byte : bytes)
+        values << QString::number(static_cast<signed char>(byte));
+    return values.join(QLatin1Char(','));
+}
+
+QJsonObject jsonOf(const model_Protocoldata& rec) {
+    return QJsonDocument::fromJson(rec.Datablock.toUtf8()).object();
+}
+
+// The second EDID block a T3 receives in place of the caller's, its bytes summing to 0.
+const QByteArray kExtension = QByteArray::fromHex("02032E014F905F61666564633F5F0514"
+                                                  "07061615E2002B6E030C001000307820"
+                                                  "80800102030467D85DC4017880000474"
+                                                  "0030F2705A80B0588A00B61C3200001A"
+                                                  "34E90030F2705A80B0588A00FFFFFF00"
+                                                  "001E023A801871382D40582C4500C48E"
+                                                  "2100001E565E00A0A0A0295030203500"
+                                                  "C48F2100001E000000000000000000B5");
+
+} // namespace
+
+class tst_dialects : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() {
+        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false")); // long texts
+    }
+    void init() {
+        resetLibrary();
+        Utility_Manage::setInputIndexForT3Resolver(inputIndex);
+    }
+
+    void translation_data();
+    void translation();
+    void t3Edid_data();
+    void t3Edid();
+    void t3PassesTheCallersText();
+    void vm6sFrames_data();
+    void vm6sFrames();
+    void vm6sFinisher();
+    void tunnels_data();
+    void tunnels();
+    void directSenders();
+    void t9Json();
+    void kr2ContainerAndEdid();
+    void nvQueries();
+};
+
+// One row per kind of rule: fixed texts, fields copied or shifted by one, lookups, letters,
+// fractions, time-out parameters, signed block values, JSON, and commands that pass untouched.
+void tst_dialects::translation_data() {
+    QTest::addColumn<int>("device");
+    QTest::addColumn<int>("timeout");
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<QByteArray>("block");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("bytes");
+
+    rule("T9 JSON", T9, "6806000000", R"({"Command":"RemoveAllSettings"})", 4, NativeKept);
+    rule("T9 group from DAT4", T9, "6819070803", "Command=GetCurrModal&ScreenGroup=3", 2,
+         NativeKept);
+    rule("T9 fan inverted", T9, "682a001e00", R"({"Command":"SetFanRpm","FrameId":1,"Rpm":70})", 4,
+         NativeKept);
+    rule("T9 fan unclamped", T9, "682a008200", R"({"Command":"SetFanRpm","FrameId":1,"Rpm":-30})",
+         4, NativeKept);
+    rule("T9 group from DAT2", T9, "9205060000", "Command=GetAllModalGroup&ScreenGroup=6", 2,
+         NativeKept);
+    rule("T9 fields plus one, crossed", T9, "f108040009",
+         "Command=GetOneModal&ScreenGroup=1&ModalName=5", 2, NativeKept);
+    rule("T9 video number", T9, "f109070102", "Command=GetViParam&VideoNo=513", 2, NativeKept);
+    rule("T9 video number top", T9, "f10900ffff", "Command=GetViParam&VideoNo=65535", 2,
+         NativeKept);
+    rule("T9 passes", T9, "681a010200", "", 0, NativeKept);
+    rule("KR2 fixed", KR2, "6806000000", "(CLEAR)");
+    rule("KR2 DAT3 plus one", KR2, "682a003100", "(fan,50)");
+    rule("KR2 DAT2 plus one", KR2, "9004020809", "(info,res,3)");
+    rule("KR2 DAT4 plus one", KR2, "f001020603", "(wnd,clear,4)");
+    rule("KR2 DAT2", KR2, "f108070300", "(sync,scewnd,7)");
+    rule("KR2 DAT2 decides", KR2, "f001010603", "");
+    rule("KR2 passes", KR2, "6a09000000", "");
+    rule("NV JSON", NV, "682a000000", R"({"Command":"SetFanRpm","FrameId":1,"Rpm":100})", 4);
+    rule("NV query", NV, "8900000000", systemQuery("get_net_config"));
+    rule("NV reply", NV, "9025000000", "reply:");
+    rule("NV camera keeps the block", NV, "9220000000", "brightness", 0, NativeKept);
+    rule("NV video number", NV, "f109001001", "Command=GetViParam&VideoNo=272", 2);
+    rule("NV group plus one", NV, "f13b080000", "Command=GetScrGroupSettings&GroupId=9", 2);
+    rule("NV passes", NV, "9229000000", "");
+    rule("T3 fixed", T3, "6806000000", "<RSTF>");
+    rule("T3 value", T3, "6810070000", "<WPWR,7>");
+    rule("T3 letter", T3, "681a040500", "<SVCN, 5F>");
+    rule("T3 letter first", T3, "681a000000", "<SVCN, 1A>");
+    rule("T3 board lookup", T3, "6a09020000", "<13P,GVER>");
+    rule("T3 from DAT4", T3, "7433050002", "<9Y,ROUT>");
+    rule("T3 input lookup", T3, "9003020000", "<3X,RDID>");
+    rule("T3 fractions", T3, "900d020102", "<3.22X,RIIP>");
+    rule("T3 first fractions", T3, "900d020000", "<3.1X,RIIP>");
+    rule("T3 last fractions", T3, "900d020304", "<3.44X,RIIP>");
+    rule("T3 tenths", T3, "9021000200", "<1.3X,GETR>");
+    rule("T3 tenths whole", T3, "9021010900", "<3X,GETR>");
+    rule("T3 letter DAT2 - 1", T3, "9011060000", "<GBGP,1F>");
+    rule("T3 literal", T3, "901b000000", "<GCHN,0x10>");
+    rule("T3 DAT2 decides", T3, "f001020903", "<SHUT, 0D>");
+    rule("T3 minus 2999", T3, "f001050700", "<MOVZ, 6A, 7>", 0, TextBytes, 3005);
+    rule("T3 minus 3000", T3, "f101000000", "<widf, -3000>", 0, TextBytes, 0);
+    rule("T3 extreme time-out", T3, "f101000000", "<widf, -2147486648>", 0, TextBytes, INT_MIN);
+    rule("T3 signed block values", T3, "f009000000", "<1X,WPM1,1,-1,4660,-32768>", 0, TextBytes,
+         3000, "0100ffff34120080");
+    rule("T3 short block reads zeros", T3, "f009010000", "<2X,WPM1,255,0,0,0>", 0, TextBytes, 3000,
+         "ff");
+    rule("T3 network tail first", T3, "f021021200",
+         "<3X,WNET,13,14,15,16,17,18,1,2,3,4,5,6,7,8,9,"
+         "10,11,12>",
+         0, TextBytes, 3000, "0102030405060708090a0b0c0d0e0f101112ee");
+    rule("T3 network empty", T3, "f021021200", "<3X,WNET" + QString(",0").repeated(18) + ">", 0,
+         TextBytes, 3000, "");
+    rule("T3 no row", T3, "9005000000", "");
+    rule("T3 letter past F", T3, "900b060000", "");
+    rule("T3 tenth past the list", T3, "900d000400", "");
+    rule("T3 DAT2 past the rows", T3, "f001030000", "");
+}
+
+void tst_dialects::translation() {
+    QFETCH(int, device);
+    QFETCH(int, timeout);
+    QFETCH(QByteArray, head);
+    QFETCH(QByteArray, block);
+    QFETCH(QString, text);
+    QFETCH(int, kind);
+    QFETCH(int, bytes);
+    const model_Protocoldata rec = sendTo(device, head, block, QString(), timeout);
+    QCOMPARE(rec.Datablock, text);
+    QCOMPARE(int(rec.dataType), kind);
+    QCOMPARE(rec.arryDatablock, bytes == NativeKept ? block : text.toLocal8Bit());
+    QCOMPARE(headOf(rec).toHex(), head.toHex());
+    QCOMPARE(rec.timeout, timeout);
+    QCOMPARE(rec.deviceType, device);
+}
+
+// EDID bytes as signed numbers, DAT3/DAT4 the length; from 257 bytes on, the second block is
+// replaced by the standard extension; bytes past the block read 0.
+void tst_dialects::t3Edid_data() {
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QByteArray>("block");
+    QTest::addColumn<QString>("numbers");
+    QByteArray ramp;
+    for (int i = 0; i < 129; ++i)
+        ramp.append(char(i + 100)); // 100..228: crosses into negative numbers at 128
+    const QByteArray full(300, char(0x01));
+    QTest::newRow("1") << 1 << QByteArray::fromHex("11") << "";
+    QTest::newRow("3") << 3 << QByteArray::fromHex("10ff99") << "16,-1";
+    QTest::newRow("129") << 129 << ramp << signedList(ramp.left(128));
+    QTest::newRow("257") << 257 << full << signedList(full.left(128) + kExtension);
+    QTest::newRow("65535") << 65535 << QByteArray::fromHex("05ff")
+                           << "5" + QString(",0").repeated(65533);
+}
+
+void tst_dialects::t3Edid() {
+    QFETCH(int, length);
+    QFETCH(QByteArray, block);
+    QFETCH(QString, numbers);
+    int sum = 0;
+    for (char byte : kExtension)
+        sum += static_cast<unsigned char>(byte);
+    QCOMPARE(sum % 256, 0);
+    const QByteArray head = QByteArray::fromHex("f00c00") + char(length) + char(length >> 8);
+    QCOMPARE(sendTo(T3, head, block).Datablock, "<1X,WEDI," + numbers + ">");
+}
+
+void tst_dialects::t3PassesTheCallersText() {
+    const model_Protocoldata rec =
+        sendTo(0x250310, QByteArray::fromHex("7301000000"), kNative, QStringLiteral("keep"));
+    QCOMPARE(rec.Datablock, QStringLiteral("keep"));
+    QCOMPARE(rec.arryDatablock, QByteArray("keep"));
+    QCOMPARE(rec.deviceType, 0x250310);
+}
+
+void tst_dialects::vm6sFrames_data() {
+    QTest::addColumn<int>("device");
+    QTest::addColumn<int>("subType");
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<QByteArray>("block");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("frame");
+    const auto row = [](const char* name, int device, int subType, const char* head,
+                        const QByteArray& block, const char* text, const char* frame) {
+        QTest::newRow(name) << device << subType << QByteArray::fromHex(head)
+                            << QByteArray::fromHex(block) << text << frame;
+    };
+    // Byte 10 stamps the sub-type, byte 21 sums bytes 0..20.
+    row("2C0104 value of DAT2", 0x2C0104, 0x2C0104, "7806010000", "", "",
+        "68 00 00 00 01 68 0C 00 0C 01 08 00 02 01 00 00 00 00 00 00 00 F5 16");
+    row("2C0103 stamps 1", 0x2C0103, 0x2C0103, "7806010000", "", "",
+        "68 00 00 00 01 68 0C 00 0C 01 01 00 02 01 00 00 00 00 00 00 00 EE 16");
+    row("another sub-type stamps 8", 0x2C0103, 0x2C0101, "7806010000", "", "",
+        "68 00 00 00 01 68 0C 00 0C 01 08 00 02 01 00 00 00 00 00 00 00 F5 16");
+    row("board version keeps 0", 0x2C0103, 0x2C0103, "6a03000000", "", "",
+        "68 00 00 00 01 68 0D 00 0C 00 00 00 02 00 00 00 00 00 00 00 00 EC 16");
+    row("board version on another sub-type", 0x2C0104, 0x123, "6a03000000", "", "",
+        "68 00 00 00 01 68 0D 00 0C 00 08 00 02 00 00 00 00 00 00 00 00 F4 16");
+    row("DAT3 plus one wraps", 0x2C0104, 0x2C0104, "681a00ff09", "", "",
+        "68 00 00 00 01 68 0C 00 0C 01 08 00 08 00 00 00 00 00 00 00 00 FA 16");
+    row("value of DAT3", 0x2C0104, 0x2C0104, "f001040500", "", "",
+        "68 00 00 00 01 68 0C 00 0C 01 08 01 01 05 00 00 00 00 00 00 00 F9 16");
+    row("block bytes", 0x2C0104, 0x2C0104, "7416000000", "07800438", "",
+        "68 00 00 00 01 68 0C 00 0C 01 08 81 06 07 80 04 38 00 00 00 00 3C 16");
+    row("four numbers of the text", 0x2C0103, 0x2C0103, "f001030000", "", "300,-1,x,65535",
+        "68 00 00 00 01 68 0C 00 0C 01 01 81 08 01 2C 00 FF 00 00 FF FF 9E 16");
+    const QByteArray property = QByteArray(38, '\0').toHex() + "aabbccdd1234";
+    row("bytes 42..43 of the block", 0x2C0104, 0x2C0104, "f009010000", property, "",
+        "68 00 00 00 01 68 0C 00 0C 01 08 01 03 12 34 00 00 00 00 00 00 3C 16");
+    row("short block leaves zeros", 0x2C0104, 0x2C0104, "f009000000", "0102", "",
+        "68 00 00 00 01 68 0C 00 0C 01 08 01 02 00 00 00 00 00 00 00 00 F5 16");
+}
+
+void tst_dialects::vm6sFrames() {
+    QFETCH(int, device);
+    QFETCH(int, subType);
+    QFETCH(QByteArray, head);
+    QFETCH(QByteArray, block);
+    QFETCH(QString, text);
+    QFETCH(QString, frame);
+    Utility_Manage::setDeviceSubType(subType);
+    const model_Protocoldata rec = sendTo(device, head, block, text);
+    QCOMPARE(rec.arryDatablock.toHex(), QByteArray::fromHex(frame.toLatin1()).toHex());
+    QCOMPARE(headOf(rec).toHex(), head.toHex());
+    QCOMPARE(rec.deviceType, 0x2C0104);
+}
+
+// Text rows carry no frame; commands without a row lose their block. The finisher pads or
+// cuts to 23 bytes, stamps and sums; a text record passes untouched.
+void tst_dialects::vm6sFinisher() {
+    QCOMPARE(sendTo(0x2C0104, QByteArray::fromHex("6a09020000"), kNative).Datablock,
+             QStringLiteral("<13P,GVER>"));
+    QVERIFY(sendTo(0x2C0103, QByteArray::fromHex("6810010000"), kNative).arryDatablock.isEmpty());
+    DalTarsel dal;
+    model_Protocoldata rec;
+    rec.arryDatablock = QByteArray::fromHex("010203");
+    QCOMPARE(
+        dal.convertCheckSumForVMS(rec).arryDatablock.toHex(),
+        QByteArray::fromHex("01 02 03 00 00 00 00 00 00 00 08 00 00 00 00 00 00 00 00 00 00 0E 00")
+            .toHex());
+    rec.arryDatablock = QByteArray(30, char(0x01));
+    QCOMPARE(dal.convertCheckSumForVMS(rec).arryDatablock.toHex().right(6), QByteArray("011c01"));
+    rec.arryDatablock.clear();
+    rec.Datablock = QStringLiteral("<X>");
+    QCOMPARE(dal.convertCheckSumForVMS(rec).Datablock, QStringLiteral("<X>"));
+}
+
+// Tunnel commands: VantaZ frames the block (length, sum, end byte) whatever the head; Cadex
+// wraps head and block, DAT4 to DAT2, under F1/5D.
+void tst_dialects::tunnels_data() {
+    QTest::addColumn<int>("device");
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<QByteArray>("block");
+    QTest::addColumn<QString>("record");
+    QTest::newRow("VantaZ empty") << 0x2C0103 << QByteArray::fromHex("9101020304") << QByteArray()
+                                  << "9101020304 3000 6800000001680c000400000001e216 't'";
+    QTest::newRow("VantaZ one byte")
+        << 0x2C0104 << QByteArray::fromHex("9009080706") << QByteArray::fromHex("05")
+        << "9009080706 3000 6800000001680c00050000000105e816 't'";
+    QTest::newRow("VantaZ 242 bytes")
+        << 0x2C0104 << QByteArray::fromHex("9101020304") << QByteArray(242, char(0x01))
+        << "9101020304 3000 6800000001680c00f600000001" + QString("01").repeated(242) + "c616 't'";
+    QTest::newRow("Cadex no block") << 0x260000 << QByteArray::fromHex("9003020000") << QByteArray()
+                                    << "f15d000600 3000 900302000095 't'";
+    QTest::newRow("Cadex DAT4 to DAT2")
+        << 0x260000 << QByteArray::fromHex("9101020307") << QByteArray::fromHex("aa55")
+        << "f15d070800 3000 9101020307aa559d 't'";
+    QTest::newRow("Cadex 250 bytes")
+        << 0x2C0107 << QByteArray::fromHex("9000000000") << QByteArray(250, char(0x02))
+        << "f15d000001 3000 9000000000" + QString("02").repeated(250) + "84 't'";
+}
+
+void tst_dialects::tunnels() {
+    QFETCH(int, device);
+    QFETCH(QByteArray, head);
+    QFETCH(QByteArray, block);
+    QFETCH(QString, record);
+    QCOMPARE(describe({sendTo(device, head, block, QStringLiteral("t"))}), record);
+}
+
+// The families' own senders: head bytes truncated, the text and its bytes unless bytes are
+// given, the utility's connect type (T9: 3); nothing while the link is down.
+void tst_dialects::directSenders() {
+    Utility_Manage::setDeviceType(0x250310);
+    Utility_Manage::setConnectType(0x105);
+    DalTarsel dal;
+    dal.f_SendCmdForT3(1234, 0x1F0, 0x13B, 2, 3, 4, QStringLiteral("<RCN1>"), QByteArray());
+    dal.f_SendCmdForT3(1234, 0x91, 0x0D, 0, 0, 0, QStringLiteral("<X>"), QByteArray("\x00\x09", 2));
+    QString text = QStringLiteral("<WCN1,1,2>");
+    dal.setContainerParamForT3(5000, text);
+    dal.f_SendCmdForKR2(500, 0x168, 6, 1, 2, 3, "(x)", QByteArray());
+    dal.sendHeartbeatForKR2(800);
+    dal.f_SendCmdFoNV(600, 0x192, 1, 2, 3, 4, "abc", QByteArray("\x09", 1));
+    dal.f_SendCmdForT9(1234, 0x190, 0x101, 2, 3, 4, "x", 7, "ab");
+    dal.sendHeartbeat(100);
+    const auto q = takeQueued();
+    QCOMPARE(describe(q),
+             QStringList({"f03b020304 1234 3c52434e313e '<RCN1>'", "910d000000 1234 0009 '<X>'",
+                          "f03b000000 5000 3c57434e312c312c323e '<WCN1,1,2>'",
+                          "6806010203 500 287829 '(x)'", "901f000000 800 28697029 '(ip)'",
+                          "9201020304 600 09 'abc'", "9001020304 1234 6162 'x'",
+                          "901f000000 100 'Command=HeartBeat'"})
+                 .join(" | "));
+    QStringList tags;
+    for (const model_Protocoldata& rec : q)
+        tags << QString::number(rec.deviceType, 16) + '/' + QString::number(rec.connectType) + '/' +
+                    QString::number(rec.dataType);
+    QCOMPARE(tags.join(' '), QStringLiteral("250310/5/0 250310/5/0 250310/5/0 250502/5/0 "
+                                            "250502/5/0 2d0000/5/0 250300/3/7 250300/3/2"));
+
+    DalTarsel::isConnected = false;
+    dal.setContainerParamForT3(5000, text);
+    dal.sendHeartbeatForKR2(100);
+    dal.f_SendCmdFoNV(600, 0x92, 1, 2, 3, 4, "abc", QByteArray());
+    dal.sendHeartbeat(100);
+    QVERIFY(takeQueued().isEmpty());
+}
+
+// The input number 0x01020304 stands for frame 1, card 2, sub-card 3, port 4.
+void tst_dialects::t9Json() {
+    ModelTarsel m;
+    m.viClipLeft = 1, m.viClipTop = 2, m.viClipRight = 3, m.viClipBottom = 4;
+    QJsonObject query{{"authMode", 1}, {"userName", "admin"}};
+    DalTarsel dal;
+    dal.setViClipForT9(500, 0x01020304, m);
+    dal.setVideoFormat(500, 0x01020304, 0, 9);
+    dal.setVideoFormat(500, 0x01020304, 1, 9);
+    dal.setBgOnStatusForT9(500, 2, false);
+    dal.setPortTypeForT9(500, 0x0102, 5, 1);
+    dal.findIPC(100, query);
+    const auto q = takeQueued();
+    QStringList heads;
+    for (const model_Protocoldata& rec : q)
+        heads << QString::fromLatin1(headOf(rec).toHex()) + '/' + QString::number(rec.dataType);
+    QCOMPARE(heads.join(' '), QStringLiteral("9006000000/4 921a000000/4 921a000000/4 "
+                                             "9216000000/4 9016000000/4 9208000000/4"));
+    const char* expected[] = {
+        R"({"Command":"SetViClip","Frame":1,"Card":2,"Sub":3,"Port":4,"Left":1,"Top":2,"Right":3,)"
+        R"("Bottom":4})",
+        R"({"Command":"SetViMode","Frame":1,"Card":2,"Sub":3,"Port":4,"Manual":0,"Mode":44})",
+        R"({"Command":"SetViMode","Frame":1,"Card":2,"Sub":3,"Port":4,"Manual":1,"Mode":9})",
+        R"({"Command":"ScreenCtrl","ScreenGroup":2,"Control":"BgOff"})",
+        R"({"Command":"SetCardType","CardList":[{"Frame":1,"Card":2,"Sub":5,"IsHDMI":1}]})",
+        R"({"Command":"FindIpCam","IsNeedUser":1,"UserName":"admin","Password":""})"};
+    for (int i = 0; i < q.size(); ++i)
+        QCOMPARE(jsonOf(q[i]), QJsonDocument::fromJson(expected[i]).object());
+}
+
+// KR2: an EDID upload drops the checksum byte; the container index is kept, and sent to a
+// KR2 only.
+void tst_dialects::kr2ContainerAndEdid() {
+    QByteArray block(129, '\0');
+    for (int i = 0; i < block.size(); ++i)
+        block[i] = char(i);
+    const model_Protocoldata edid = sendTo(KR2, QByteArray::fromHex("f00c008100"), block);
+    QCOMPARE(edid.Datablock, QStringLiteral("edid file"));
+    QCOMPARE(edid.arryDatablock, block.left(128));
+    QVERIFY(sendTo(KR2, QByteArray::fromHex("f00c000000"), "").arryDatablock.isEmpty());
+
+    DalTarsel dal;
+    Utility_Manage::setDeviceType(T9);
+    dal.setCurContainerIndexForT9(7);
+    QCOMPARE(dal.curContainerIndex, 7);
+    QVERIFY(takeQueued().isEmpty());
+    Utility_Manage::setDeviceType(KR2);
+    dal.setCurContainerIndexForT9(-2);
+    QCOMPARE(dal.curContainerIndex, -2);
+    QCOMPARE(describe(takeQueued()),
+             QStringLiteral("f03bfe0000 3000 2873657474696e672c636772702c2d3229 "
+                            "'(setting,cgrp,-2)'"));
+}
+
+// NV: the scene name is cut at its first NUL; the queries choose their DAT1 by the flag.
+void tst_dialects::nvQueries() {
+    const QString name = QString("Hall") + QChar(0) + "xyz";
+    QCOMPARE(sendTo(NV, QByteArray::fromHex("681a020000"), {}, name).Datablock,
+             QStringLiteral("{SaveScene;600001;2,Hall}"));
+    QCOMPARE(sendTo(NV, QByteArray::fromHex("681a070300"), {}, "Lobby").Datablock,
+             QStringLiteral("{SaveScene;600004;7,Lobby}"));
+    DalTarsel dal;
+    dal.getNvInfo(400, 6, 1);
+    dal.getComInfoForNV(400, 1);
+    dal.getLCDInfoForNV(400, 2);
+    dal.getKVMInfoForNV(400, 0);
+    dal.getKVMInfoForNV(400, 1);
+    QCOMPARE(describe(takeQueued()),
+             QStringList(
+                 {"9021060000 400 " +
+                      QString::fromLatin1(systemQuery("get_software_config").toLatin1().toHex()) +
+                      " '" + systemQuery("get_software_config") + "'",
+                  "9025000000 400 7265706c793a 'reply:'",
+                  "9027000000 400 7265706c796f6c6564 'replyoled'",
+                  "9009000000 400 6765744b766d496e666f 'getKvmInfo'", "9029000000 400"})
+                 .join(" | "));
+}
+
+QTEST_GUILESS_MAIN(tst_dialects)
+#include "tst_dialects.moc"
