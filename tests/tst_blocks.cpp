@@ -427,14 +427,10 @@ void tst_blocks::outOfContract() {
     DalTarsel dal;
     ModelTarsel model = twoOutputs();
     verifyRefused([&] { dal.setDeX(3, model); }, "setDeX", "output 3 outside the 3");
-    verifyRefused([&] { dal.setDePolarity(-1, model); }, "setDePolarity", "output -1");
     verifyRefused([&] { dal.setTPMode(2, model); }, "setTPMode", "output 2 outside the 2");
-    verifyRefused([&] { dal.setOutPutBrightness(3, model); }, "setOutPutBrightness", "output 3");
     verifyRefused([&] { dal.setDskInfo(3, model); }, "setDskInfo", "3 outside the 3");
-    verifyRefused([&] { dal.setLayerDSKInfo(-2, model); }, "setLayerDSKInfo", "-2");
     model.maxOutputCount = 3;
     verifyRefused([&] { dal.setOutPortRotate(model); }, "setOutPortRotate", "0..2");
-    verifyRefused([&] { dal.setLcdBorderSetting(model); }, "setLcdBorderSetting", "0..2");
     verifyRefused([&] { dal.setPreviewPort(model); }, "setPreviewPort", "0..2");
     model.output3DStates = {0};
     verifyRefused([&] { dal.setOutput3DState(model, 1); }, "setOutput3DState", "output 1");
@@ -478,7 +474,6 @@ void tst_blocks::outOfContract() {
                   "2");
     scene.maxLayerCount = 3;
     verifyRefused([&] { dal.setSceneDate(1, scene); }, "setSceneDate", "0..2");
-    verifyRefused([&] { dal.setSceneLayerGroupNum(1, scene); }, "setSceneLayerGroupNum", "0..2");
     scene = twoLayerScene();
     scene.maxBankCount = 17;
     verifyRefused([&] { dal.setSceneDate(1, scene); }, "setSceneDate", "0..16");

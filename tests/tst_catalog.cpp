@@ -56,12 +56,9 @@ void tst_catalog::calls_data() {
     row("setVGAX 2000 0x1234", "7704043434 2000");
     row("getInProperty 3 0x0512", "f109031205 3000");
     row("getWebAddress 2", "f120220000 3000");
-    row("getH264SoftVer 2", "f120230000 3000");
     row("getH265InputUrl 700 4 9", "f162210000 700");
     row("getLayerAlpha 0 7", "f102000000 3000");
     row("getLayerAlpha 3 7", "");
-    row("getLayerAlpha -1 7", "");
-    row("getOSD 5 0", "f10f050000 3000");
     row("getOSD 5 1", "f10fff0000 3000");
     row("getOSD 5 2", "");
     // The index equal to the output count stands for every output.
@@ -84,7 +81,6 @@ void tst_catalog::calls_data() {
     row("setOutCustomFormatFreq 700 3 59.94", "7416026a17 700"); // 5994 hundredths of a hertz
     // Decimals: the whole part and two rounded fraction digits.
     row("setHdrGamma 1500 3 2.2", "7752030214 1500");
-    row("setHdrGamma 1500 3 0.05", "7752030005 1500");
     row("setHdrGamma 1500 3 10.999", "7752030b00 1500");
     row("setHdrBrightFactor 1500 3 1.75", "775403014b 1500");
     row("setPreviewFontColor 2500 #1A2b3C", "791e1a2b3c 2500");
@@ -104,7 +100,6 @@ void tst_catalog::calls_data() {
     row("geth264inputrtsp 16 3", "f125030000 3000", "", 0x220000);
     row("geth264inputrtsp 5 9", "f125290000 3000");
     row("geth264inputrtsp 16 3", "f125830000 3000");
-    row("geth264inputrtsp 31 7", "f125ff0000 3000");
     row("geth264inputrtsp 32 3", "f128030000 3000");
     // Camera commands carry their VISCA block.
     row("ptzTurn 2000 8 0", "9210000000 2000 8101060108080301ff");
@@ -112,7 +107,6 @@ void tst_catalog::calls_data() {
     row("ptzTurn 2000 8 2", "9210000200 2000 8101060108080103ff");
     row("ptzTurn 2000 8 3", "9210000300 2000 8101060108080203ff");
     row("ptzTurn 2000 8 4", "");
-    row("ptzTurn 2000 8 -1", "");
     row("ptzZoom 2000 0x125", "9216250000 2000 8101040725ff");
     row("ptzFocusAuto 2000 1", "921e010000 2000 8101043802ff");
     row("ptzFocusAuto 2000 4", "921e040000 2000 81010438ffff");
@@ -121,7 +115,6 @@ void tst_catalog::calls_data() {
     row("setOutCustomFormatWHForVM6S 900 1920 1080", "7416000000 900 80073804c3");
     row("setSupplierName 1000 3 4142", "f058030300 1000 414283");
     row("setSupplierInfo 1000 0x5A 3 4142", "f05a030300 1000 414283");
-    row("setSupplierEndInfo 1000 3", "f057030000 1000");
     row("setUserFileData 1500 2 010203 3", "f040020400 1500 01020306");
     row("setUserFileData 1500 2 010203 0", "f040020000 1500");
     row("setUserSetting", "f007000b00 3000 112201020304feffffff38",
@@ -159,7 +152,6 @@ void tst_catalog::calls_data() {
     row("setH265InputUrl -1 3 rtsp", "");
     row("setH265InputUrl 4 3 rtsp", "");
     row("setH265InputUrl 2 16 rtsp", "");
-    row("setH265InputUrl 2 -1 rtsp", "");
 }
 
 void tst_catalog::calls() {

@@ -1,5 +1,3 @@
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryFile>
 #include <QtTest>
@@ -27,9 +25,6 @@ class tst_dalctl : public QObject {
     Q_OBJECT
 private slots:
     void rawOnFamilyCode();
-    void jsonRecord();
-    void traceShowsTheLine();
-    void outParametersAndResults();
     void modelOverride();
     void badInput_data();
     void badInput();
@@ -46,44 +41,8 @@ void tst_dalctl::rawOnFamilyCode() {
     QVERIFY(run.out.contains("arryDatablock (2 bytes): a0b1"));
 }
 
-void tst_dalctl::jsonRecord() {
-    const Run run = dalctl({"--json", "raw", "--text", "hello", "0x78", "0", "1", "0", "0"});
-    QCOMPARE(run.exitCode, 0);
-    const QStringList lines = run.out.split('\n', Qt::SkipEmptyParts);
-    QCOMPARE(lines.size(), 1);
-    const QJsonObject rec = QJsonDocument::fromJson(lines[0].toUtf8()).object();
-    QCOMPARE(rec.value("head").toString(), QStringLiteral("0000780001000000"));
-    QCOMPARE(rec.value("Datablock").toString(), QStringLiteral("hello"));
-    QCOMPARE(rec.value("deviceType").toString(), QStringLiteral("0x700000"));
-    QCOMPARE(rec.value("timeout").toInt(), 3000);
-}
-
-void tst_dalctl::traceShowsTheLine() {
-    const Run quiet = dalctl({"raw", "0x6A", "3", "0", "0", "0"});
-    QVERIFY(!quiet.out.contains("addToQueue"));
-    const Run traced = dalctl({"--trace", "raw", "0x6A", "3", "0", "0", "0"});
-    QVERIFY2(traced.out.contains("---addToQueue----CMD= \"6a\" ---DAT1= \"3\""),
-             qPrintable(traced.out));
-}
-
-void tst_dalctl::outParametersAndResults() {
-    const Run split = dalctl({"splitTwoByte", "0x1234"});
-    QCOMPARE(split.exitCode, 0);
-    QVERIFY2(split.out.contains("low: 52 (0x34)") && split.out.contains("high: 18 (0x12)"),
-             qPrintable(split.out));
-    const Run rgb = dalctl({"f_RGBtoInt", "1", "2", "3"});
-    QVERIFY2(rgb.out.contains("returned: 66051 (0x10203)"), qPrintable(rgb.out));
-    const Run block = dalctl({"getBlock", "a1b2c3", "2"});
-    QVERIFY2(block.out.contains("returned: 2 bytes: a1b2"), qPrintable(block.out));
-}
-
+// A model member the records do not have is named in the refusal.
 void tst_dalctl::modelOverride() {
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    file.write(R"({"ModelTarsel": {"maxOutputCount": 9}})");
-    file.flush();
-    QCOMPARE(dalctl({"--model", file.fileName(), "raw", "1", "2", "3", "4", "5"}).exitCode, 0);
-
     QTemporaryFile bad;
     QVERIFY(bad.open());
     bad.write(R"({"noSuchMember": 1})");
