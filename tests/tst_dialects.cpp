@@ -2,8 +2,6 @@
 #include "testsupport.h"
 #include "utility_manage.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QtTest>
 
@@ -34,10 +32,6 @@ QString signedList(const QByteArray& bytes) {
     for (char byte : bytes)
         values << QString::number(static_cast<signed char>(byte));
     return values.join(QLatin1Char(','));
-}
-
-QJsonObject jsonOf(const model_Protocoldata& rec) {
-    return QJsonDocument::fromJson(rec.Datablock.toUtf8()).object();
 }
 
 // The second EDID block a T3 receives in place of the caller's, its bytes summing to 0.
@@ -74,9 +68,8 @@ private slots:
     void tunnels_data();
     void tunnels();
     void directSenders();
-    void t9Json();
     void kr2ContainerAndEdid();
-    void nvQueries();
+    void nvSceneName();
 };
 
 // One row per kind of rule: fixed texts, fields copied or shifted by one, lookups, letters,
@@ -337,36 +330,6 @@ void tst_dialects::directSenders() {
     QVERIFY(takeQueued().isEmpty());
 }
 
-// The input number 0x01020304 stands for frame 1, card 2, sub-card 3, port 4.
-void tst_dialects::t9Json() {
-    ModelTarsel m;
-    m.viClipLeft = 1, m.viClipTop = 2, m.viClipRight = 3, m.viClipBottom = 4;
-    QJsonObject query{{"authMode", 1}, {"userName", "admin"}};
-    DalTarsel dal;
-    dal.setViClipForT9(500, 0x01020304, m);
-    dal.setVideoFormat(500, 0x01020304, 0, 9);
-    dal.setVideoFormat(500, 0x01020304, 1, 9);
-    dal.setBgOnStatusForT9(500, 2, false);
-    dal.setPortTypeForT9(500, 0x0102, 5, 1);
-    dal.findIPC(100, query);
-    const auto q = takeQueued();
-    QStringList heads;
-    for (const model_Protocoldata& rec : q)
-        heads << QString::fromLatin1(headOf(rec).toHex()) + '/' + QString::number(rec.dataType);
-    QCOMPARE(heads.join(' '), QStringLiteral("9006000000/4 921a000000/4 921a000000/4 "
-                                             "9216000000/4 9016000000/4 9208000000/4"));
-    const char* expected[] = {
-        R"({"Command":"SetViClip","Frame":1,"Card":2,"Sub":3,"Port":4,"Left":1,"Top":2,"Right":3,)"
-        R"("Bottom":4})",
-        R"({"Command":"SetViMode","Frame":1,"Card":2,"Sub":3,"Port":4,"Manual":0,"Mode":44})",
-        R"({"Command":"SetViMode","Frame":1,"Card":2,"Sub":3,"Port":4,"Manual":1,"Mode":9})",
-        R"({"Command":"ScreenCtrl","ScreenGroup":2,"Control":"BgOff"})",
-        R"({"Command":"SetCardType","CardList":[{"Frame":1,"Card":2,"Sub":5,"IsHDMI":1}]})",
-        R"({"Command":"FindIpCam","IsNeedUser":1,"UserName":"admin","Password":""})"};
-    for (int i = 0; i < q.size(); ++i)
-        QCOMPARE(jsonOf(q[i]), QJsonDocument::fromJson(expected[i]).object());
-}
-
 // KR2: an EDID upload drops the checksum byte; the container index is kept, and sent to a
 // KR2 only.
 void tst_dialects::kr2ContainerAndEdid() {
@@ -391,28 +354,13 @@ void tst_dialects::kr2ContainerAndEdid() {
                             "'(setting,cgrp,-2)'"));
 }
 
-// NV: the scene name is cut at its first NUL; the queries choose their DAT1 by the flag.
-void tst_dialects::nvQueries() {
+// NV: the scene name is cut at its first NUL.
+void tst_dialects::nvSceneName() {
     const QString name = QString("Hall") + QChar(0) + "xyz";
     QCOMPARE(sendTo(NV, QByteArray::fromHex("681a020000"), {}, name).Datablock,
              QStringLiteral("{SaveScene;600001;2,Hall}"));
     QCOMPARE(sendTo(NV, QByteArray::fromHex("681a070300"), {}, "Lobby").Datablock,
              QStringLiteral("{SaveScene;600004;7,Lobby}"));
-    DalTarsel dal;
-    dal.getNvInfo(400, 6, 1);
-    dal.getComInfoForNV(400, 1);
-    dal.getLCDInfoForNV(400, 2);
-    dal.getKVMInfoForNV(400, 0);
-    dal.getKVMInfoForNV(400, 1);
-    QCOMPARE(describe(takeQueued()),
-             QStringList(
-                 {"9021060000 400 " +
-                      QString::fromLatin1(systemQuery("get_software_config").toLatin1().toHex()) +
-                      " '" + systemQuery("get_software_config") + "'",
-                  "9025000000 400 7265706c793a 'reply:'",
-                  "9027000000 400 7265706c796f6c6564 'replyoled'",
-                  "9009000000 400 6765744b766d496e666f 'getKvmInfo'", "9029000000 400"})
-                 .join(" | "));
 }
 
 QTEST_GUILESS_MAIN(tst_dialects)

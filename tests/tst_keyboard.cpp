@@ -66,12 +66,10 @@ private slots:
         Model_PommetParam::gOledLength = 5;
     }
 
-    void linkFilter_data();
     void linkFilter();
     void commands();
     void keyLeds();
     void labels();
-    void firmwareChoosesLayout_data();
     void firmwareChoosesLayout();
     void refused_data();
     void refused();
@@ -81,31 +79,21 @@ private slots:
 };
 
 // Without a confirmed link only the probes pass; nothing passes while disconnected.
-void tst_keyboard::linkFilter_data() {
-    QTest::addColumn<int>("cmd");
-    QTest::addColumn<int>("dat1");
-    QTest::addColumn<bool>("probe");
-    QTest::newRow("getSN") << 0x6A << 0x11 << true;
-    QTest::newRow("setRuningStatus") << 0xA2 << 0x02 << true;
-    QTest::newRow("read_MCU_VerSion") << 0x9A << 0xB1 << true;
-    QTest::newRow("getKeyLed") << 0xA2 << 0x43 << false;
-    QTest::newRow("6A/12") << 0x6A << 0x12 << false;
-}
-
 void tst_keyboard::linkFilter() {
-    QFETCH(int, cmd);
-    QFETCH(int, dat1);
-    QFETCH(bool, probe);
+    const int commands[][3] = {{0x6A, 0x11, 1}, {0xA2, 0x02, 1}, {0xA2, 0x15, 1}, {0xA2, 0x16, 1},
+                               {0x9A, 0xB1, 1}, {0xA2, 0x43, 0}, {0x6A, 0x12, 0}, {0x9A, 0x11, 0}};
     Dal_Pommet keyboard;
-    Utility_Manage::setConnectToneFlag(0);
-    keyboard.f_SendCmd(100, cmd, dat1, 0, 0, 0, nullptr, 0);
-    QCOMPARE(takeQueued().size(), probe ? 1 : 0);
-    Utility_Manage::setConnectToneFlag(1);
-    keyboard.f_SendCmd(100, cmd, dat1, 0, 0, 0, nullptr, 0);
-    QCOMPARE(takeQueued().size(), 1);
-    Dal_Pommet::isConnected = false;
-    keyboard.f_SendCmd(100, cmd, dat1, 0, 0, 0, nullptr, 0);
-    QCOMPARE(takeQueued().size(), 0);
+    for (const auto& c : commands) {
+        for (int flag : {0, 1}) {
+            Utility_Manage::setConnectToneFlag(flag);
+            keyboard.f_SendCmd(100, c[0], c[1], 0, 0, 0, nullptr, 0);
+            QCOMPARE(takeQueued().size(), flag || c[2] ? 1 : 0);
+        }
+        Dal_Pommet::isConnected = false;
+        keyboard.f_SendCmd(100, c[0], c[1], 0, 0, 0, nullptr, 0);
+        QVERIFY(takeQueued().isEmpty());
+        Dal_Pommet::isConnected = true;
+    }
 }
 
 void tst_keyboard::commands() {
@@ -204,31 +192,21 @@ void tst_keyboard::labels() {
     QCOMPARE(records[2].timeout, 4000);
 }
 
-void tst_keyboard::firmwareChoosesLayout_data() {
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<bool>("fixed");
-    QTest::newRow("1.02") << "1.02" << true;
-    QTest::newRow("empty") << "" << true;
-    QTest::newRow("1.1") << "1.1" << false;
-    QTest::newRow("1.02a") << "1.02a" << false;
-}
-
+// Firmware up to "1.02" takes the fixed layout (2G + 5 bytes), later firmware the variable one.
 void tst_keyboard::firmwareChoosesLayout() {
-    QFETCH(QString, version);
-    QFETCH(bool, fixed);
-    Utility_Manage::setToneProcVer(version);
     const Model_PommetParam p = keyboard();
     const _KeyParam& e = p.keysKind2[16];
-    Dal_Pommet().setKeyOled_New(2, 1, 203, p);
-    const auto records = takeQueued();
-    QCOMPARE(records.size(), 1);
-    if (fixed) {
-        QCOMPARE(headOf(records[0]).toHex(), QByteArray("f043000f00")); // 2G + 5
-        QCOMPARE(records[0].arryDatablock, checked(QByteArray::fromHex("cb00") + bytes(e, 11, 2) +
-                                                   bytes(e, 16, 5) + bytes(e, 47, 5)));
-    } else {
-        QCOMPARE(records[0].arryDatablock.size(), 18);
-        QCOMPARE(int(records[0].arryDatablock[0]), 1);
+    const QByteArray fixed =
+        checked(QByteArray::fromHex("cb00") + bytes(e, 11, 2) + bytes(e, 16, 5) + bytes(e, 47, 5));
+    for (const QString version : {"1.02", "", "1.1", "1.02a"}) {
+        Utility_Manage::setToneProcVer(version);
+        Dal_Pommet().setKeyOled_New(2, 1, 203, p);
+        const model_Protocoldata rec = takeQueued().value(0);
+        const bool isFixed = version.size() < 3 || version == QLatin1String("1.02");
+        QCOMPARE(rec.arryDatablock.size(), isFixed ? 15 : 18);
+        if (isFixed)
+            QCOMPARE(rec.arryDatablock, fixed);
+        QCOMPARE(headOf(rec).toHex().left(6), QByteArray("f04300"));
     }
 }
 
