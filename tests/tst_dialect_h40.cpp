@@ -42,13 +42,11 @@ void tst_dialect_h40::translation_data() {
     };
     row("H40 two fields", 0x900000, 3000, "681a040900", "<save, 4, 9>");
     row("H40 DAT2 plus one", 0x900000, 3000, "6a0b040000", "<reid, 2, 5>");
-    row("H40 DAT2 plus one alone", 0x900000, 3000, "9003020000", "<rcpm, 3>");
     row("H40 time-out minus 3000", 0x900000, 3010, "f001010007", "<shut, 10, 7>");
     row("H40 negative", 0x900000, 2990, "f001060000", "<Torb, -10, 0>");
     row("H40 from DAT3", 0x900000, 3000, "f108020500", "<winf, 5>");
     row("H40 from DAT2", 0x900000, 3000, "f13b020500", "<winf, 2>");
     row("H40 DAT2 decides", 0x900000, 3005, "f001030000", "");
-    row("H40 passes", 0x900000, 3000, "8901000000", "");
     row("H40B scene", 0x900001, 3000, "681a040100",
         kXml + "<Message>\n<UserID>u7</UserID\n><Scene id=\"10004\" screenId=\"1\" name=\"5\" "
                "group=>\n<Scol>1</Scol>\n<osd>0</osd>\n<input>0</input>\n"
@@ -59,8 +57,6 @@ void tst_dialect_h40::translation_data() {
     row("H40B all", 0x900001, 3000, "9003000000", kAll, 20300);
     row("H40B composed", 0x900001, 3000, "9200050200",
         kComposedHead + "<Scene id=\"20005\" screenId=\"2\">\n</Scene>\n</Message>", 20402);
-    row("H40B screens", 0x900001, 3000, "f108010600",
-        kComposedHead + "<Screens>\n<Screen id=\"6\" />\n</Screens>\n</Message>", 20332);
     row("H40B passes", 0x900001, 3000, "f002000000", "");
 }
 
