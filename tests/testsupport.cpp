@@ -3,22 +3,22 @@
 #include "biz_cmdswork.h"
 #include "dalTarsel.h"
 #include "dal_pommet.h"
+#include "session.h"
 #include "utility_manage.h"
-
-#include <QLoggingCategory>
 
 #include <mutex>
 
 namespace {
 
-std::mutex traceLock;
-QStringList traced;
+std::mutex messageLock;
+QStringList debugLines;
+QStringList warningLines;
 QtMessageHandler previousHandler = nullptr;
 
 void collect(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-    if (type == QtDebugMsg) {
-        std::lock_guard<std::mutex> lock(traceLock);
-        traced << message;
+    if (type == QtDebugMsg || type == QtWarningMsg) {
+        std::lock_guard<std::mutex> lock(messageLock);
+        (type == QtDebugMsg ? debugLines : warningLines) << message;
         return;
     }
     if (previousHandler)
@@ -48,15 +48,76 @@ QByteArray headOf(const model_Protocoldata& rec) {
     return QByteArray(reinterpret_cast<const char*>(rec.cmdHead + 2), 5);
 }
 
-TraceCapture::TraceCapture() {
-    std::lock_guard<std::mutex> lock(traceLock);
-    traced.clear();
+QString describe(const QVector<model_Protocoldata>& records) {
+    QStringList shown;
+    for (const model_Protocoldata& rec : records) {
+        QString one = QString::fromLatin1(headOf(rec).toHex()) + ' ' + QString::number(rec.timeout);
+        if (!rec.arryDatablock.isEmpty())
+            one += ' ' + QString::fromLatin1(rec.arryDatablock.toHex());
+        if (!rec.Datablock.isEmpty())
+            one += " '" + rec.Datablock + '\'';
+        shown << one;
+    }
+    return shown.join(QStringLiteral(" | "));
+}
+
+QString run(const QString& call, const QByteArray& modelJson, int device) {
+    resetLibrary();
+    Models models = Models::defaults();
+    DeviceSetting setting;
+    setting.deviceType = device;
+    try {
+        if (!modelJson.isEmpty())
+            if (const QString error = models.override(modelJson); !error.isEmpty())
+                return QStringLiteral("refused: ") + error;
+        return describe(runRequest(call.split(QLatin1Char(' ')), setting, models).records);
+    } catch (const UsageError& error) {
+        return QStringLiteral("refused: ") + QString::fromStdString(error.what());
+    }
+}
+
+model_Protocoldata sendTo(int device, const QByteArray& head, const QByteArray& block,
+                          const QString& text, int timeout) {
+    Utility_Manage::setDeviceType(device);
+    QByteArray data = block;
+    const auto at = [&](int i) { return int(static_cast<unsigned char>(head.at(i))); };
+    DalTarsel().f_SendCmd(timeout, at(0), at(1), at(2), at(3), at(4),
+                          data.isNull() ? nullptr : reinterpret_cast<unsigned char*>(data.data()),
+                          data.size(), text);
+    const QVector<model_Protocoldata> records = takeQueued();
+    [&] { QCOMPARE(records.size(), 1); }();
+    return records.value(0);
+}
+
+MessageCapture::MessageCapture() {
+    std::lock_guard<std::mutex> lock(messageLock);
+    debugLines.clear();
+    warningLines.clear();
     previousHandler = qInstallMessageHandler(collect);
 }
 
-TraceCapture::~TraceCapture() { qInstallMessageHandler(previousHandler); }
+MessageCapture::~MessageCapture() { qInstallMessageHandler(previousHandler); }
 
-QStringList TraceCapture::lines() const {
-    std::lock_guard<std::mutex> lock(traceLock);
-    return traced;
+QStringList MessageCapture::debug() const {
+    std::lock_guard<std::mutex> lock(messageLock);
+    return debugLines;
+}
+
+QStringList MessageCapture::warnings() const {
+    std::lock_guard<std::mutex> lock(messageLock);
+    return warningLines;
+}
+
+void verifyRefused(const std::function<void()>& call, const QString& operation,
+                   const QString& limit) {
+    QStringList lines;
+    {
+        MessageCapture messages;
+        call();
+        lines = messages.warnings();
+    }
+    QVERIFY2(takeQueued().isEmpty(), qPrintable(operation + QStringLiteral(" queued a record")));
+    QCOMPARE(lines.size(), 1);
+    QVERIFY2(lines.first().startsWith(operation + QLatin1Char(':')), qPrintable(lines.first()));
+    QVERIFY2(lines.first().contains(limit), qPrintable(lines.first()));
 }

@@ -1,6 +1,7 @@
 #include "dalTarsel.h"
 #include "testsupport.h"
 
+#include <QLoggingCategory>
 #include <QRandomGenerator>
 #include <QtTest>
 
@@ -13,6 +14,7 @@ private slots:
     void sameAsQDebug();
     void randomTextSameAsQDebug();
     void handlerMayQueueACommand();
+    void filteredOutIsNotBuilt();
 };
 
 namespace {
@@ -30,13 +32,13 @@ QString viaQDebug(const model_Protocoldata& rec) {
 }
 
 void compareWithQDebug(int cmd, int dat, const QByteArray& block, const QString& text) {
-    TraceCapture capture;
+    MessageCapture capture;
     QByteArray data = block;
     DalTarsel().f_SendCmd(3000, cmd, dat, dat >> 4, 0xFF, 0,
                           reinterpret_cast<unsigned char*>(data.data()), data.size(), text);
     const QVector<model_Protocoldata> queued = takeQueued();
     QCOMPARE(queued.size(), 1);
-    QCOMPARE(capture.lines(), QStringList{viaQDebug(queued.first())});
+    QCOMPARE(capture.debug(), QStringList{viaQDebug(queued.first())});
 }
 
 } // namespace
@@ -95,6 +97,16 @@ void tst_trace::handlerMayQueueACommand() {
     QCOMPARE(queued.size(), 2);
     // Qt hands a message written inside the handler to its default output, not to the handler.
     QCOMPARE(handled, (QStringList{QString(), viaQDebug(queued[1])}));
+}
+
+// With debug output filtered out the command still goes, untraced.
+void tst_trace::filteredOutIsNotBuilt() {
+    MessageCapture messages;
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    DalTarsel().f_SendCmd(3000, 0x78, 0, 0, 0, 0, nullptr, 0, QStringLiteral("x"));
+    QLoggingCategory::setFilterRules(QString());
+    QVERIFY(messages.debug().isEmpty());
+    QCOMPARE(takeQueued().size(), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_trace)

@@ -1,3 +1,0 @@
-#undef DAL_SEND
-#undef DAL_OP
-#undef DAL_STATIC
