@@ -84,13 +84,13 @@ void tst_explain::roundTrip() {
         QStringList traced;
         const QStringList calls[] = {given, sampleCall(op).mid(1)};
         for (const QStringList& call : calls) {
-            TraceCapture capture;
+            MessageCapture capture;
             try {
                 outcome = runOperation(op, call, setting, Models::defaults());
             } catch (const std::exception&) {
                 continue;
             }
-            traced = capture.lines().filter(QStringLiteral("---addToQueue----CMD="));
+            traced = capture.debug().filter(QStringLiteral("---addToQueue----CMD="));
             given = call;
             if (!outcome.records.isEmpty() || !outcome.osdRecords.isEmpty())
                 break;
