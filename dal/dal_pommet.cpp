@@ -7,7 +7,6 @@
 #include <QDebug>
 
 #include <chrono>
-#include <optional>
 #include <thread>
 #include <tuple>
 
@@ -73,12 +72,12 @@ QByteArray field(const _KeyParam& key, int position, int width) {
     return QByteArray(reinterpret_cast<const char*>(key.bytes + position), width);
 }
 
-// A label line of `length` bytes from `position`, or nothing when the entry does not hold it.
-std::optional<QByteArray> line(const _KeyParam& key, int position, int length) {
-    if (length < 0 || position + length > EntrySize)
-        return std::nullopt;
-    return field(key, position, length);
+void appendField(QByteArray& out, const _KeyParam& key, int position, int width) {
+    out.append(reinterpret_cast<const char*>(key.bytes + position), width);
 }
+
+// Whether a label line of `length` bytes from `position` lies within the key's entry.
+bool holds(int position, int length) { return length >= 0 && position + length <= EntrySize; }
 
 // The entry a key addresses, or null (with a warning) when the kind's table does not hold it.
 const _KeyParam* keyEntry(const Model_PommetParam& param, int kind, int group, int key,
@@ -94,10 +93,17 @@ const _KeyParam* keyEntry(const Model_PommetParam& param, int kind, int group, i
     return &entries[index];
 }
 
-// The keys of a group in its kind's table: 16, or 13 for kind 2 on model 605. Empty (with a
+// A run of keys within a table.
+struct Keys {
+    const _KeyParam* first = nullptr;
+    int count = 0;
+    const _KeyParam* begin() const { return first; }
+    const _KeyParam* end() const { return first + count; }
+};
+
+// The keys of a group in its kind's table: 16, or 13 for kind 2 on model 605. None (with a
 // warning where the group lies outside the table) for kinds without a table.
-QVector<_KeyParam> groupKeys(const Model_PommetParam& param, int kind, int group,
-                             const char* operation) {
+Keys groupKeys(const Model_PommetParam& param, int kind, int group, const char* operation) {
     const KeyTable* table = tableOf(kind);
     if (!table)
         return {};
@@ -109,7 +115,7 @@ QVector<_KeyParam> groupKeys(const Model_PommetParam& param, int kind, int group
                  int(entries.size()));
         return {};
     }
-    return entries.mid(group * kKeysPerGroup, count);
+    return {entries.constData() + group * kKeysPerGroup, count};
 }
 
 bool fitsScratch(const QByteArray& block, const char* operation) {
@@ -120,29 +126,35 @@ bool fitsScratch(const QByteArray& block, const char* operation) {
     return false;
 }
 
-// Label lines of a key in the variable layout: line 3 from `line3At` (its own storage in the
-// group form, line 2's in the single-key form).
-std::optional<QByteArray> variableLabel(const _KeyParam& key, int line3At, const char* operation) {
-    const auto one = line(key, Line1, key.bytes[Length1]);
-    const auto two = line(key, Line2, key.bytes[Length2]);
-    const auto three = line(key, line3At, key.bytes[Length3]);
-    if (!one || !two || !three) {
+// Appends a key's label in the variable layout: attributes, the three lengths and the lines,
+// line 3 from `line3At` (its own storage in the group form, line 2's in the single-key form).
+// False, with a warning and nothing appended, when a length reaches past the key's entry.
+bool appendVariableLabel(QByteArray& out, const _KeyParam& key, int line3At,
+                         const char* operation) {
+    const int one = key.bytes[Length1], two = key.bytes[Length2], three = key.bytes[Length3];
+    if (!holds(Line1, one) || !holds(Line2, two) || !holds(line3At, three)) {
         qWarning("%s: a label length reaches past the key's entry", operation);
-        return std::nullopt;
+        return false;
     }
-    return field(key, Attributes, 2) + field(key, Length1, 3) + *one + *two + *three;
+    appendField(out, key, Attributes, 2);
+    appendField(out, key, Length1, 3);
+    appendField(out, key, Line1, one);
+    appendField(out, key, Line2, two);
+    appendField(out, key, line3At, three);
+    return true;
 }
 
-// Label lines of a key in the fixed layout: G bytes of lines 1 and 2.
-std::optional<QByteArray> fixedLabel(const _KeyParam& key, const char* operation) {
+// Appends a key's label in the fixed layout: attributes, then G bytes of lines 1 and 2.
+bool appendFixedLabel(QByteArray& out, const _KeyParam& key, const char* operation) {
     const int g = Model_PommetParam::gOledLength;
-    const auto one = line(key, Line1, g);
-    const auto two = line(key, Line2, g);
-    if (!one || !two) {
+    if (!holds(Line1, g) || !holds(Line2, g)) {
         qWarning("%s: label length %d reaches past the key's entry", operation, g);
-        return std::nullopt;
+        return false;
     }
-    return field(key, Attributes, 2) + *one + *two;
+    appendField(out, key, Attributes, 2);
+    appendField(out, key, Line1, g);
+    appendField(out, key, Line2, g);
+    return true;
 }
 
 QByteArray keyCode(int key) {
@@ -207,7 +219,7 @@ void sendBlock(Dal_Pommet& keyboard, int wait, unsigned char cmd, unsigned char 
                QByteArray block, Head head, const char* operation) {
     if (!fitsScratch(block, operation))
         return;
-    block = dal::withCheckSum(block);
+    block = dal::withCheckSum(std::move(block));
     const int n = block.size();
     const auto [dat2, dat3, dat4] = head(n);
     keyboard.f_SendCmd(wait, cmd, dat1, dat2, dat3, dat4,
@@ -241,12 +253,13 @@ void Dal_Pommet::setKeyLed_New(int kind, int group, int key, Model_PommetParam p
 }
 
 void Dal_Pommet::setGroupKeyLed(int kind, int group, Model_PommetParam param) {
-    const QVector<_KeyParam> keys = groupKeys(param, kind, group, "setGroupKeyLed");
-    if (keys.isEmpty())
+    const Keys keys = groupKeys(param, kind, group, "setGroupKeyLed");
+    if (!keys.count)
         return;
     QByteArray block;
+    block.reserve(3 * keys.count + 1);
     for (const _KeyParam& key : keys)
-        block += field(key, Led, 3);
+        appendField(block, key, Led, 3);
     sendBlock(
         *this, 8000, 0xF0, 0x40, block, [kind](int n) { return std::make_tuple(low(kind), n, 0); },
         "setGroupKeyLed");
@@ -254,10 +267,11 @@ void Dal_Pommet::setGroupKeyLed(int kind, int group, Model_PommetParam param) {
 
 // An input key whose label starts with "N" has no signal: state 2, otherwise 5.
 void Dal_Pommet::setInputGropLed(int group, Model_PommetParam param) {
-    const QVector<_KeyParam> keys = groupKeys(param, 6, group, "setInputGropLed");
-    if (keys.isEmpty())
+    const Keys keys = groupKeys(param, 6, group, "setInputGropLed");
+    if (!keys.count)
         return;
     QByteArray block;
+    block.reserve(3 * keys.count + 1);
     for (const _KeyParam& key : keys)
         block.append(char(key.bytes[Line1] == 'N' ? 2 : 5)).append('\x01').append('\x01');
     sendBlock(
@@ -277,10 +291,11 @@ void Dal_Pommet::setKeyOled_P5(int kind, int group, int key, Model_PommetParam p
     const _KeyParam* entry = keyEntry(param, kind, group, key, "setKeyOled_P5");
     if (!entry)
         return;
-    const auto label = variableLabel(*entry, Line2, "setKeyOled_P5");
-    if (label)
+    QByteArray block(1, 0x01);
+    block += keyCode(key);
+    if (appendVariableLabel(block, *entry, Line2, "setKeyOled_P5"))
         sendBlock(
-            *this, 5000, 0xF0, 0x43, QByteArray(1, 0x01) + keyCode(key) + *label,
+            *this, 5000, 0xF0, 0x43, std::move(block),
             [](int n) { return std::make_tuple(0, low(n), 0); }, "setKeyOled_P5");
 }
 
@@ -292,31 +307,30 @@ void Dal_Pommet::setKeyOled_New(int kind, int group, int key, Model_PommetParam 
     const _KeyParam* entry = keyEntry(param, kind, group, key, "setKeyOled_New");
     if (!entry)
         return;
-    const auto label = fixedLabel(*entry, "setKeyOled_New");
-    if (label)
+    QByteArray block = keyCode(key);
+    if (appendFixedLabel(block, *entry, "setKeyOled_New"))
         sendBlock(
-            *this, 5000, 0xF0, 0x43, keyCode(key) + *label,
+            *this, 5000, 0xF0, 0x43, std::move(block),
             [](int n) { return std::make_tuple(0, low(n), high(n)); }, "setKeyOled_New");
 }
 
 namespace {
 
-// A group's labels, one block per key in the given layout, then the checksum.
-template <class Label>
+// A group's labels, one block per key in the given layout, then the checksum; built in one
+// buffer of the keyboard's largest block.
+template <class AppendLabel>
 void sendGroupLabels(Dal_Pommet& keyboard, int kind, int group, const Model_PommetParam& param,
-                     Label label, const char* operation) {
-    const QVector<_KeyParam> keys = groupKeys(param, kind, group, operation);
-    if (keys.isEmpty())
+                     AppendLabel appendLabel, const char* operation) {
+    const Keys keys = groupKeys(param, kind, group, operation);
+    if (!keys.count)
         return;
     QByteArray block;
-    for (const _KeyParam& key : keys) {
-        const auto labels = label(key);
-        if (!labels)
+    block.reserve(kScratchSize);
+    for (const _KeyParam& key : keys)
+        if (!appendLabel(block, key))
             return;
-        block += *labels;
-    }
     sendBlock(
-        keyboard, 4000, 0xF0, 0x41, block,
+        keyboard, 4000, 0xF0, 0x41, std::move(block),
         [kind](int n) { return std::make_tuple(low(kind), low(n), high(n)); }, operation);
 }
 
@@ -325,7 +339,9 @@ void sendGroupLabels(Dal_Pommet& keyboard, int kind, int group, const Model_Pomm
 void Dal_Pommet::setGroupKeyOled_P5(int kind, int group, Model_PommetParam param) {
     sendGroupLabels(
         *this, kind, group, param,
-        [](const _KeyParam& key) { return variableLabel(key, Line3, "setGroupKeyOled_P5"); },
+        [](QByteArray& out, const _KeyParam& key) {
+            return appendVariableLabel(out, key, Line3, "setGroupKeyOled_P5");
+        },
         "setGroupKeyOled_P5");
 }
 
@@ -336,5 +352,8 @@ void Dal_Pommet::setGroupKeyOled(int kind, int group, Model_PommetParam param) {
     }
     sendGroupLabels(
         *this, kind, group, param,
-        [](const _KeyParam& key) { return fixedLabel(key, "setGroupKeyOled"); }, "setGroupKeyOled");
+        [](QByteArray& out, const _KeyParam& key) {
+            return appendFixedLabel(out, key, "setGroupKeyOled");
+        },
+        "setGroupKeyOled");
 }
