@@ -10,17 +10,8 @@
 
 namespace blocks {
 
-Block::Block(const char* operation, int capacity) : operation(operation), capacity(capacity) {}
-
-Block& Block::byte(int value) {
-    if (++length < capacity) // one byte stays free for the checksum
-        data.append(static_cast<char>(value & 0xFF));
-    return *this;
-}
-
-Block& Block::word(int value) { return byte(value).byte(value >> 8); }
-
-Block& Block::dword(int value) { return word(value).word(value >> 16); }
+Block::Block(const char* operation, int capacity)
+    : operation(operation), capacity(capacity), data(std::max(capacity, 0)) {}
 
 Block& Block::bytes(const QByteArray& bytes) {
     for (char c : bytes)
@@ -42,7 +33,6 @@ bool Block::seal() {
                                     .arg(capacity);
         return false;
     }
-    data.append('\0');
     dal::writeCheckSum(reinterpret_cast<unsigned char*>(data.data()), length);
     ++length;
     return true;

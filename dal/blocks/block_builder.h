@@ -15,9 +15,16 @@ class Block {
 public:
     Block(const char* operation, int capacity);
 
-    Block& byte(int value);
-    Block& word(int value);  // low 16 bits, low byte first
-    Block& dword(int value); // 32 bits, least significant byte first
+    Block& byte(int value) {
+        if (length < capacity - 1) // one byte stays free for the checksum
+            data[length] = static_cast<char>(value);
+        ++length;
+        return *this;
+    }
+    // Low 16 bits, low byte first.
+    Block& word(int value) { return byte(value).byte(value >> 8); }
+    // 32 bits, least significant byte first.
+    Block& dword(int value) { return word(value).word(value >> 16); }
     Block& bytes(const QByteArray& data);
     Block& zerosUpTo(int size); // zero bytes until the block holds `size` bytes
 
@@ -34,8 +41,8 @@ private:
     const char* operation;
     int capacity;
     int length = 0; // bytes written or, past the capacity, that would have been
-    // On the stack up to the largest buffer of the protocol, so that building a block allocates
-    // nothing beyond the record's own copy.
+    // The whole buffer from the start, on the stack up to the largest buffer of the protocol,
+    // so that building a block allocates nothing beyond the record's own copy.
     QVarLengthArray<char, 4096> data;
 };
 
