@@ -108,6 +108,18 @@ void BM_TunnelCadex(benchmark::State& state) {
 }
 BENCHMARK(BM_TunnelCadex);
 
+void BM_TranslateH40(benchmark::State& state) { sendTo(state, 0x900000, 0x6A, 0x03, {}); }
+BENCHMARK(BM_TranslateH40);
+
+void BM_TranslateH40B(benchmark::State& state) { sendTo(state, 0x900001, 0x6A, 0x03, {}); }
+BENCHMARK(BM_TranslateH40B);
+
+void BM_TranslateNV(benchmark::State& state) { sendTo(state, 0x2D0000, 0x6A, 0x03, {}); }
+BENCHMARK(BM_TranslateNV);
+
+void BM_TranslateKR2(benchmark::State& state) { sendTo(state, 0x250502, 0x6A, 0x03, {}); }
+BENCHMARK(BM_TranslateKR2);
+
 void BM_SceneWith190Layers(benchmark::State& state) {
     quietTrace();
     Utility_Manage::setDeviceType(0x700000);
