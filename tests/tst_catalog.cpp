@@ -155,6 +155,8 @@ void tst_catalog::calls_data() {
         R"(9006000000 500 '{"Bottom":4,"Card":2,"Command":"SetViClip","Frame":1,"Left":1,)"
         R"("Port":4,"Right":3,"Sub":3,"Top":2}')",
         R"({"viClipLeft":1,"viClipTop":2,"viClipRight":3,"viClipBottom":4})");
+    row("setViPhaseForT9 500 0x01020304 7",
+        R"(900a000000 500 '{"Card":2,"Command":"SetViPhase","Frame":1,"Phase":7,"Port":4,"Sub":3}')");
     row("setVideoFormat 500 0x01020304 0 9",
         R"(921a000000 500 '{"Card":2,"Command":"SetViMode","Frame":1,"Manual":0,"Mode":44,)"
         R"("Port":4,"Sub":3}')");

@@ -176,6 +176,7 @@ void tst_dialects::translation_data() {
          TextBytes, 3000, "");
     rule("T3 no row", T3, "9005000000", "");
     rule("T3 letter past F", T3, "900b060000", "");
+    rule("T3 fraction past the list", T3, "900d020400", "");
     rule("T3 DAT2 past the rows", T3, "f001030000", "");
     rule("H40 two fields", H40, "681a040900", "<save, 4, 9>", 0, NativeKept);
     rule("H40 DAT2 plus one", H40, "6a0b040000", "<reid, 2, 5>", 0, NativeKept);
