@@ -155,6 +155,19 @@ void tst_catalog::calls_data() {
         R"(9006000000 500 '{"Bottom":4,"Card":2,"Command":"SetViClip","Frame":1,"Left":1,)"
         R"("Port":4,"Right":3,"Sub":3,"Top":2}')",
         R"({"viClipLeft":1,"viClipTop":2,"viClipRight":3,"viClipBottom":4})");
+    row("setViPropertyForT9 500 0x01020304",
+        R"(9008000000 500 '{"Bright":5,"Card":2,"Command":"SetViProperty","Contrast":6,"Frame":1,)"
+        R"("Hue":7,"Port":4,"Sat":8,"Sub":3}')",
+        R"({"viBright":5,"viContrast":6,"viHue":7,"viSat":8})");
+    row("setVgaParamForT9 500 0x01020304 5 6 7",
+        R"(900c000000 500 '{"Card":2,"Command":"SetVgaParam","Frame":1,"Horz":6,"Phase":7,)"
+        R"("Port":4,"Sub":3,"Vert":5}')");
+    row("setEDIDForT9 500 1 1920 1080",
+        R"(9004000000 500 '{"Command":"SetViCustomWH","Height":1080,"Type":1,"Width":1920}')");
+    row("clearPortOSDForT9 500 6 n1",
+        R"(901c000000 500 '{"Command":"CloseOsdText","Name":"n1","ScrGroup":6}')");
+    row("refreshModal 500 6",
+        R"(9218000000 500 '{"Command":"RefreshModal","IsCloudScreen":0,"ScreenGroup":6}')");
     row("setViPhaseForT9 500 0x01020304 7",
         R"(900a000000 500 '{"Card":2,"Command":"SetViPhase","Frame":1,"Phase":7,"Port":4,"Sub":3}')");
     row("setVideoFormat 500 0x01020304 0 9",
