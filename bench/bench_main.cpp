@@ -183,26 +183,36 @@ BENCHMARK(BM_OsdTextInfo);
 // Keeps each benchmark's rate so that the ratios can be printed after the run.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
+    // Each run is compared with the floor's run of the same kind: a single run, or the same
+    // aggregate (mean, median) when runs are repeated.
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
             const auto items = run.counters.find("items_per_second");
-            if (items != run.counters.end())
-                rates[run.benchmark_name()] = items->second;
+            if (items == run.counters.end() || run.aggregate_name == "stddev" ||
+                run.aggregate_name == "cv")
+                continue;
+            rates[run.benchmark_name()] = {run.aggregate_name, items->second};
+            if (run.run_name.function_name == "BM_Floor")
+                floors[run.aggregate_name] = items->second;
         }
     }
 
     void printRatios() const {
-        const auto floor = rates.find("BM_Floor");
-        if (floor == rates.end())
+        if (floors.empty())
             return;
         std::printf("\n%-34s %14s %10s\n", "benchmark", "records/s", "x floor");
-        for (const auto& [name, rate] : rates)
-            std::printf("%-34s %14.0f %10.2f\n", name.c_str(), rate, floor->second / rate);
+        for (const auto& [name, rate] : rates) {
+            const auto floor = floors.find(rate.first);
+            if (floor != floors.end())
+                std::printf("%-34s %14.0f %10.2f\n", name.c_str(), rate.second,
+                            floor->second / rate.second);
+        }
     }
 
 private:
-    std::map<std::string, double> rates;
+    std::map<std::string, std::pair<std::string, double>> rates; // name: aggregate, rate
+    std::map<std::string, double> floors;                        // by aggregate
 };
 
 } // namespace
