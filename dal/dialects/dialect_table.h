@@ -5,9 +5,12 @@
 
 #include <QJsonObject>
 #include <QString>
-#include <QStringList>
+#include <QVarLengthArray>
 
+#include <charconv>
 #include <cstddef>
+#include <cstring>
+#include <unordered_map>
 
 // Building blocks of the text dialects' translation tables: a row matches a native
 // (CMD, DAT1[, DAT2]) and names the text to send, either a pattern whose %1..%3 are filled
@@ -38,32 +41,72 @@ inline int videoNumber(const Rec& r) {
     return Utility_Manage::combineTwoByte(r.cmdHead[5], r.cmdHead[6]) & 0xFFFF;
 }
 
+// A fixed text and its local 8-bit bytes, built once per thread and then shared: most commands
+// send one, and sharing spares building both for every record.
+struct FixedText {
+    QString text;
+    QByteArray bytes;
+};
+
+inline const FixedText& fixedText(const char* pattern) {
+    thread_local std::unordered_map<const char*, FixedText> cache;
+    const auto found = cache.find(pattern);
+    if (found != cache.end())
+        return found->second;
+    const QString text = QString::fromLatin1(pattern);
+    return cache[pattern] = FixedText{text, text.toLocal8Bit()};
+}
+
 struct Text {
     const char* pattern;
     Field args[3];
     Build build; // when set, replaces the pattern
 
+    bool isFixed() const { return !build && !args[0] && !args[1] && !args[2]; }
+
     QString render(const Rec& r) const {
         if (build)
             return build(r);
-        QStringList values;
+        if (isFixed())
+            return fixedText(pattern).text;
+        return filled(r);
+    }
+
+private:
+    // %1..%3 replaced by the fields' decimal values, in one pass over the pattern.
+    QString filled(const Rec& r) const {
+        int values[3];
+        int count = 0;
         for (Field arg : args)
             if (arg)
-                values << QString::number(arg(r));
-        // The multi-argument arg() fills every placeholder in one pass.
-        const QString text = QString::fromLatin1(pattern);
-        switch (values.size()) {
-        case 1:
-            return text.arg(values[0]);
-        case 2:
-            return text.arg(values[0], values[1]);
-        case 3:
-            return text.arg(values[0], values[1], values[2]);
-        default:
-            return text;
+                values[count++] = arg(r);
+        QVarLengthArray<char, 256> text;
+        for (const char* c = pattern; *c; ++c) {
+            const int number = c[0] == '%' ? c[1] - '0' : 0;
+            if (number < 1 || number > count) {
+                text.append(*c);
+                continue;
+            }
+            char digits[12];
+            const auto end = std::to_chars(digits, digits + sizeof digits, values[number - 1]).ptr;
+            text.append(digits, int(end - digits));
+            ++c;
         }
+        return QString::fromLatin1(text.constData(), text.size());
     }
 };
+
+// Sets the record's text from a row and its bytes to the text's local 8-bit encoding.
+inline void setTextAndBytes(Rec& out, const Text& text, const Rec& in) {
+    if (text.isFixed()) {
+        const FixedText& fixed = fixedText(text.pattern);
+        out.Datablock = fixed.text;
+        out.arryDatablock = fixed.bytes;
+        return;
+    }
+    out.Datablock = text.render(in);
+    out.arryDatablock = out.Datablock.toLocal8Bit();
+}
 
 inline Text pat(const char* pattern, Field a = nullptr, Field b = nullptr, Field c = nullptr) {
     return {pattern, {a, b, c}, nullptr};

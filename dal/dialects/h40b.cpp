@@ -98,12 +98,14 @@ const H40BRow kH40BRows[] = {
 
 model_Protocoldata DalTarsel::transformBufToQStringForH40B(model_Protocoldata& rec) {
     model_Protocoldata out = rec;
-    if (const H40BRow* row = findRow(kH40BRows, rec)) {
-        out.Datablock = row->text.render(rec);
-        if (row->msgCode != kAsCame)
-            out.msgCode = static_cast<unsigned short>(row->msgCode);
+    const H40BRow* row = findRow(kH40BRows, rec);
+    if (!row) {
+        out.arryDatablock = out.Datablock.toLocal8Bit();
+        return out;
     }
-    out.arryDatablock = out.Datablock.toLocal8Bit();
+    setTextAndBytes(out, row->text, rec);
+    if (row->msgCode != kAsCame)
+        out.msgCode = static_cast<unsigned short>(row->msgCode);
     return out;
 }
 

@@ -48,8 +48,9 @@ model_Protocoldata DalTarsel::transformBufToQStringForKR2(model_Protocoldata& re
         return out;
     }
     if (const KR2Row* row = findRow(kKR2Rows, rec))
-        out.Datablock = row->text.render(rec);
-    out.arryDatablock = out.Datablock.toLocal8Bit();
+        setTextAndBytes(out, row->text, rec);
+    else
+        out.arryDatablock = out.Datablock.toLocal8Bit();
     return out;
 }
 

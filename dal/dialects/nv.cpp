@@ -78,14 +78,16 @@ const NVRow kNVRows[] = {
 model_Protocoldata DalTarsel::transformBufToQStringForNV(model_Protocoldata& rec) {
     model_Protocoldata out = rec;
     const NVRow* row = findRow(kNVRows, rec);
-    if (row) {
-        out.Datablock = row->text.render(rec);
-        if (row->kind != kAsCame)
-            out.dataType = static_cast<unsigned char>(row->kind);
-        if (row->keepBytes)
-            return out;
+    if (!row) {
+        out.arryDatablock = out.Datablock.toLocal8Bit();
+        return out;
     }
-    out.arryDatablock = out.Datablock.toLocal8Bit();
+    if (row->kind != kAsCame)
+        out.dataType = static_cast<unsigned char>(row->kind);
+    if (row->keepBytes)
+        out.Datablock = row->text.render(rec);
+    else
+        setTextAndBytes(out, row->text, rec);
     return out;
 }
 

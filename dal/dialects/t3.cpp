@@ -1,4 +1,5 @@
 #include "dalTarsel.h"
+#include "dialect_table.h"
 #include "t3_notation.h"
 
 #include "utility_manage.h"
@@ -268,13 +269,16 @@ const T3Row* t3RowFor(const model_Protocoldata& rec) {
 
 model_Protocoldata DalTarsel::transformBufToQStringForT3(model_Protocoldata& rec) {
     model_Protocoldata result = rec;
-    if (const T3Row* row = t3RowFor(rec)) {
-        const QString pattern = QString::fromLatin1(row->text);
-        if (!row->values)
-            result.Datablock = pattern;
-        else if (const auto values = row->values(rec))
-            result.Datablock = fill(pattern, *values);
+    const T3Row* row = t3RowFor(rec);
+    if (row && !row->values) {
+        const dialect::FixedText& fixed = dialect::fixedText(row->text);
+        result.Datablock = fixed.text;
+        result.arryDatablock = fixed.bytes;
+        return result;
     }
+    if (row)
+        if (const auto values = row->values(rec))
+            result.Datablock = fill(QString::fromLatin1(row->text), *values);
     result.arryDatablock = result.Datablock.toLocal8Bit();
     return result;
 }
