@@ -17,6 +17,18 @@ enum Command {
 unsigned char low(int value) { return static_cast<unsigned char>(value); }
 unsigned char high(int value) { return static_cast<unsigned char>(value >> 8); }
 
+// The frame header: marker, command, then the length `len` big-endian and CR LF.
+model_OsdParam frame(int cmd, int len, QByteArray payload, const QString& tag, int timeout) {
+    model_OsdParam rec;
+    const unsigned char head[] = {0x00, 0xFE,      0xDC,     low(cmd), 0x00,
+                                  0x00, high(len), low(len), 0x0D,     0x0A};
+    std::copy(std::begin(head), std::end(head), rec.frameHead + 1);
+    rec.tag = tag;
+    rec.timeout = timeout;
+    rec.payload = std::move(payload);
+    return rec;
+}
+
 } // namespace
 
 dal_Osd::dal_Osd() : QObject(nullptr) {}
@@ -27,15 +39,7 @@ QByteArray dal_Osd::getBlock(unsigned char* data, int len) { return dal::bytesOf
 void dal_Osd::setCheckSum(unsigned char* buf, int len) { dal::writeCheckSum(buf, len); }
 
 void dal_Osd::f_SendCmd(int cmd, unsigned char* data, int len, QString tag, int timeout) {
-    model_OsdParam rec;
-    const unsigned char head[] = {0x00, 0xFE,      0xDC,     low(cmd), 0x00,
-                                  0x00, high(len), low(len), 0x0D,     0x0A};
-    std::copy(std::begin(head), std::end(head), rec.frameHead + 1);
-    rec.tag = tag;
-    rec.timeout = timeout;
-    if (data)
-        rec.payload = getBlock(data, len);
-    addToQueue(rec);
+    addToQueue(frame(cmd, len, data ? getBlock(data, len) : QByteArray(), tag, timeout));
 }
 
 void dal_Osd::addToQueue(model_OsdParam rec) { biz_Osd_CMDSWork::addToSendQueue(std::move(rec)); }
@@ -68,8 +72,9 @@ void dal_Osd::sendTextInfo(int p1, int p2, int p3, int p4, int p5, int p6, int p
     const unsigned char parameters[] = {
         high(p2), low(p2), high(p1), low(p1), low(p3), low(encoded.size()),
         low(p4),  low(p5), low(p6),  low(p7), low(p8), low(p9)};
-    QByteArray payload(reinterpret_cast<const char*>(parameters), sizeof parameters);
-    payload += encoded;
-    f_SendCmd(TextInfo, reinterpret_cast<unsigned char*>(payload.data()), payload.size(), tag,
-              2000);
+    QByteArray payload(int(sizeof parameters) + encoded.size(), Qt::Uninitialized);
+    std::copy(encoded.begin(), encoded.end(),
+              std::copy(std::begin(parameters), std::end(parameters), payload.data()));
+    const int len = payload.size();
+    addToQueue(frame(TextInfo, len, std::move(payload), tag, 2000));
 }

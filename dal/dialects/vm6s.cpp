@@ -5,6 +5,8 @@
 
 #include <QVector>
 
+#include <algorithm>
+
 namespace {
 
 using namespace t3;
@@ -172,7 +174,7 @@ model_Protocoldata DalTarsel::transformBufToQStringForVM6S(model_Protocoldata& r
         QByteArray frame = decodedFrames()[index];
         if (row.fill)
             row.fill(rec, frame);
-        result.arryDatablock = frame;
+        result.arryDatablock = std::move(frame);
     } else if (const auto values = row.values(rec)) {
         result.Datablock = fill(QString::fromLatin1(row.text), *values);
     }
@@ -184,10 +186,11 @@ model_Protocoldata DalTarsel::convertCheckSumForVMS(model_Protocoldata& rec) {
     if (result.arryDatablock.isEmpty())
         return result;
     // A shorter array is padded with zeros, a longer one cut: the frame is always 23 bytes.
-    QByteArray frame = result.arryDatablock.left(kFrameSize);
-    frame.append(QByteArray(kFrameSize - frame.size(), '\0'));
+    const QByteArray& in = result.arryDatablock;
+    QByteArray frame(kFrameSize, '\0');
+    std::copy(in.begin(), in.begin() + std::min(int(in.size()), kFrameSize), frame.data());
     put(frame, kStampAt, subTypeStamp(rec));
     setCheckSum(reinterpret_cast<unsigned char*>(frame.data()), kCheckSumAt);
-    result.arryDatablock = frame;
+    result.arryDatablock = std::move(frame);
     return result;
 }
