@@ -162,6 +162,11 @@ void tst_catalog::calls_data() {
     row("setVgaParamForT9 500 0x01020304 5 6 7",
         R"(900c000000 500 '{"Card":2,"Command":"SetVgaParam","Frame":1,"Horz":6,"Phase":7,)"
         R"("Port":4,"Sub":3,"Vert":5}')");
+    row("setH265InfoForT9 500",
+        R"(9012000000 500 '{"Card":2,"Command":"SetSubDecoderList","Frame":1,"IP":"","Sub":3}' | )"
+        R"(9014000000 500 '{"Command":"SetDecoderGeneral","DHCP":0,"DNS1":"","DNS2":"0.0.0.0",)"
+        R"("Gateway":"","Mask":""}')",
+        R"({"decoderFrame":1,"decoderCard":2,"decoderSub":3})");
     row("setEDIDForT9 500 1 1920 1080",
         R"(9004000000 500 '{"Command":"SetViCustomWH","Height":1080,"Type":1,"Width":1920}')");
     row("clearPortOSDForT9 500 6 n1",
