@@ -2,6 +2,7 @@
 
 #include "biz_cmdswork.h"
 #include "bytes.h"
+#include "dialects/translators.h"
 #include "trace.h"
 #include "utility_manage.h"
 
@@ -20,7 +21,7 @@ constexpr int kUntranslated = 0x700000;
 constexpr int kOwnCode = -1; // tag the record with the device's own code
 constexpr int kAnyLength = -1;
 
-using Translator = model_Protocoldata (DalTarsel::*)(model_Protocoldata&);
+using Translator = void (*)(model_Protocoldata&);
 
 enum class Cmds { Any, Tunnel, Other }; // Tunnel: CMD 0x90 or 0x91
 
@@ -40,18 +41,18 @@ constexpr std::array<int, 9> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x25
 // First matching row wins; a device without a row keeps the native frame, tagged 0x700000.
 // clang-format off
 const Route kRoutes[] = {
-    {{0x250300}, Cmds::Any, &DalTarsel::transformBufToQStringForT9, nullptr, 0x250300},                                // T9
-    {{0x250310}, Cmds::Any, &DalTarsel::transformBufToQStringForT3, nullptr, 0x250310},                                // T3
-    {{0x250400}, Cmds::Any, &DalTarsel::transformBufToQStringForT3, nullptr, 0x250400},                                // T3
-    {{0x250502}, Cmds::Any, &DalTarsel::transformBufToQStringForKR2, nullptr, 0x250502},                               // KR2
-    {{0x2D0000}, Cmds::Any, &DalTarsel::transformBufToQStringForNV, nullptr, 0x2D0000},                                // NV
-    {{0x900000}, Cmds::Any, &DalTarsel::transformBufToQStringForH40, nullptr, 0x900000},                               // H40
-    {{0x900001}, Cmds::Any, &DalTarsel::transformBufToQStringForH40B, nullptr, 0x900001},                              // H40B
-    {{0x2C0103, 0x2C0104}, Cmds::Tunnel, &DalTarsel::transformBufToQStringForVantaZ, nullptr, 0x2C0104, 242},          // VantaZ
-    {{0x2C0103, 0x2C0104}, Cmds::Other, &DalTarsel::transformBufToQStringForVM6S, &DalTarsel::convertCheckSumForVMS, 0x2C0104}, // VM6S
-    {kCadexDevices, Cmds::Tunnel, &DalTarsel::transformBufToQStringForCadex, nullptr, kOwnCode, 250},                      // Cadex
-    {kCadexDevices, Cmds::Other, nullptr, nullptr, kOwnCode},                // native
-    {{0x2C0201, 0x2C0202}, Cmds::Any, nullptr, nullptr, 0x2C0202},           // native
+    {{0x250300}, Cmds::Any, translate::t9, nullptr, 0x250300},                              // T9
+    {{0x250310}, Cmds::Any, translate::t3, nullptr, 0x250310},                              // T3
+    {{0x250400}, Cmds::Any, translate::t3, nullptr, 0x250400},                              // T3
+    {{0x250502}, Cmds::Any, translate::kr2, nullptr, 0x250502},                             // KR2
+    {{0x2D0000}, Cmds::Any, translate::nv, nullptr, 0x2D0000},                              // NV
+    {{0x900000}, Cmds::Any, translate::h40, nullptr, 0x900000},                             // H40
+    {{0x900001}, Cmds::Any, translate::h40b, nullptr, 0x900001},                            // H40B
+    {{0x2C0103, 0x2C0104}, Cmds::Tunnel, translate::vantaz, nullptr, 0x2C0104, 242},        // VantaZ
+    {{0x2C0103, 0x2C0104}, Cmds::Other, translate::vm6s, translate::vm6sFinish, 0x2C0104}, // VM6S
+    {kCadexDevices, Cmds::Tunnel, translate::cadex, nullptr, kOwnCode, 250},                // Cadex
+    {kCadexDevices, Cmds::Other, nullptr, nullptr, kOwnCode},                               // native
+    {{0x2C0201, 0x2C0202}, Cmds::Any, nullptr, nullptr, 0x2C0202},                          // native
 };
 // clang-format on
 
@@ -261,6 +262,23 @@ int DalTarsel::f_RGBtoInt(int r, int g, int b) {
     return static_cast<int>((unsigned(r) << 16) + (unsigned(g) << 8) + unsigned(b));
 }
 
+namespace {
+
+// Room for the widest framing a tunnel family wraps a block in (VantaZ: 13 bytes before it, 2
+// after), so that framing the block in place does not allocate again.
+constexpr int kFramingRoom = 15;
+
+QByteArray blockWithRoom(const unsigned char* data, int len) {
+    QByteArray block;
+    if (len < 1)
+        return block;
+    block.reserve(len + kFramingRoom);
+    block.append(reinterpret_cast<const char*>(data), len);
+    return block;
+}
+
+} // namespace
+
 void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                           unsigned char* data, int len, QString text) {
     model_Protocoldata rec;
@@ -270,7 +288,7 @@ void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, in
     rec.timeout = timeout;
     rec.connectType = static_cast<unsigned char>(Utility_Manage::getConnectType());
     if (data)
-        rec.arryDatablock = getBlock(data, len);
+        rec.arryDatablock = blockWithRoom(data, len);
     if (!text.isEmpty())
         rec.Datablock = text;
 
@@ -284,9 +302,9 @@ void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, in
             return;
         }
         if (route->first)
-            rec = (this->*route->first)(rec);
+            route->first(rec);
         if (route->second)
-            rec = (this->*route->second)(rec);
+            route->second(rec);
         rec.deviceType = route->tag == kOwnCode ? device : route->tag;
     }
 

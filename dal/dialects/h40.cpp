@@ -1,5 +1,6 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "translators.h"
 
 using namespace dialect;
 
@@ -43,10 +44,14 @@ const H40Row kH40Rows[] = {
 
 } // namespace
 
+void translate::h40(model_Protocoldata& rec) {
+    if (const H40Row* row = findRow(kH40Rows, rec))
+        rec.Datablock = row->text.render(rec);
+}
+
 model_Protocoldata DalTarsel::transformBufToQStringForH40(model_Protocoldata& rec) {
     model_Protocoldata out = rec;
-    if (const H40Row* row = findRow(kH40Rows, rec))
-        out.Datablock = row->text.render(rec);
+    translate::h40(out);
     return out;
 }
 

@@ -1,5 +1,6 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "translators.h"
 
 using namespace dialect;
 
@@ -96,16 +97,20 @@ const H40BRow kH40BRows[] = {
 
 } // namespace
 
-model_Protocoldata DalTarsel::transformBufToQStringForH40B(model_Protocoldata& rec) {
-    model_Protocoldata out = rec;
+void translate::h40b(model_Protocoldata& rec) {
     const H40BRow* row = findRow(kH40BRows, rec);
     if (!row) {
-        out.arryDatablock = out.Datablock.toLocal8Bit();
-        return out;
+        rec.arryDatablock = rec.Datablock.toLocal8Bit();
+        return;
     }
-    setTextAndBytes(out, row->text, rec);
+    setTextAndBytes(rec, row->text, rec);
     if (row->msgCode != kAsCame)
-        out.msgCode = static_cast<unsigned short>(row->msgCode);
+        rec.msgCode = static_cast<unsigned short>(row->msgCode);
+}
+
+model_Protocoldata DalTarsel::transformBufToQStringForH40B(model_Protocoldata& rec) {
+    model_Protocoldata out = rec;
+    translate::h40b(out);
     return out;
 }
 

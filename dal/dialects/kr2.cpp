@@ -1,5 +1,6 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "translators.h"
 
 using namespace dialect;
 
@@ -40,17 +41,21 @@ bool isEdidUpload(const Rec& r) { return Key(0xF0, 12).matches(r); }
 
 // Every KR2 command goes out as its text's bytes, except the EDID upload, which sends the
 // native data without its trailing checksum under a plain label.
-model_Protocoldata DalTarsel::transformBufToQStringForKR2(model_Protocoldata& rec) {
-    model_Protocoldata out = rec;
+void translate::kr2(model_Protocoldata& rec) {
     if (isEdidUpload(rec)) {
-        out.Datablock = QStringLiteral("edid file");
-        out.arryDatablock.chop(1);
-        return out;
+        rec.Datablock = QStringLiteral("edid file");
+        rec.arryDatablock.chop(1);
+        return;
     }
     if (const KR2Row* row = findRow(kKR2Rows, rec))
-        setTextAndBytes(out, row->text, rec);
+        setTextAndBytes(rec, row->text, rec);
     else
-        out.arryDatablock = out.Datablock.toLocal8Bit();
+        rec.arryDatablock = rec.Datablock.toLocal8Bit();
+}
+
+model_Protocoldata DalTarsel::transformBufToQStringForKR2(model_Protocoldata& rec) {
+    model_Protocoldata out = rec;
+    translate::kr2(out);
     return out;
 }
 

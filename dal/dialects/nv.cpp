@@ -1,5 +1,6 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "translators.h"
 
 using namespace dialect;
 
@@ -75,19 +76,23 @@ const NVRow kNVRows[] = {
 
 } // namespace
 
-model_Protocoldata DalTarsel::transformBufToQStringForNV(model_Protocoldata& rec) {
-    model_Protocoldata out = rec;
+void translate::nv(model_Protocoldata& rec) {
     const NVRow* row = findRow(kNVRows, rec);
     if (!row) {
-        out.arryDatablock = out.Datablock.toLocal8Bit();
-        return out;
+        rec.arryDatablock = rec.Datablock.toLocal8Bit();
+        return;
     }
-    if (row->kind != kAsCame)
-        out.dataType = static_cast<unsigned char>(row->kind);
     if (row->keepBytes)
-        out.Datablock = row->text.render(rec);
+        rec.Datablock = row->text.render(rec);
     else
-        setTextAndBytes(out, row->text, rec);
+        setTextAndBytes(rec, row->text, rec);
+    if (row->kind != kAsCame)
+        rec.dataType = static_cast<unsigned char>(row->kind);
+}
+
+model_Protocoldata DalTarsel::transformBufToQStringForNV(model_Protocoldata& rec) {
+    model_Protocoldata out = rec;
+    translate::nv(out);
     return out;
 }
 

@@ -1,6 +1,7 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
 #include "t3_notation.h"
+#include "translators.h"
 
 #include "utility_manage.h"
 
@@ -267,20 +268,24 @@ const T3Row* t3RowFor(const model_Protocoldata& rec) {
 
 } // namespace
 
-model_Protocoldata DalTarsel::transformBufToQStringForT3(model_Protocoldata& rec) {
-    model_Protocoldata result = rec;
+void translate::t3(model_Protocoldata& rec) {
     const T3Row* row = t3RowFor(rec);
     if (row && !row->values) {
         const dialect::FixedText& fixed = dialect::fixedText(row->text);
-        result.Datablock = fixed.text;
-        result.arryDatablock = fixed.bytes;
-        return result;
+        rec.Datablock = fixed.text;
+        rec.arryDatablock = fixed.bytes;
+        return;
     }
     if (row)
         if (const auto values = row->values(rec))
-            result.Datablock = fill(QString::fromLatin1(row->text), *values);
-    result.arryDatablock = result.Datablock.toLocal8Bit();
-    return result;
+            rec.Datablock = fill(QString::fromLatin1(row->text), *values);
+    rec.arryDatablock = rec.Datablock.toLocal8Bit();
+}
+
+model_Protocoldata DalTarsel::transformBufToQStringForT3(model_Protocoldata& rec) {
+    model_Protocoldata out = rec;
+    translate::t3(out);
+    return out;
 }
 
 void DalTarsel::f_SendCmdForT3(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,

@@ -1,5 +1,6 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "translators.h"
 
 #include <QJsonArray>
 
@@ -88,12 +89,16 @@ void copyTexts(const QJsonObject& from, QJsonObject& to, std::initializer_list<M
 
 } // namespace
 
+void translate::t9(model_Protocoldata& rec) {
+    if (const T9Row* row = findRow(kT9Rows, rec)) {
+        rec.Datablock = row->text.render(rec);
+        rec.dataType = row->kind;
+    }
+}
+
 model_Protocoldata DalTarsel::transformBufToQStringForT9(model_Protocoldata& rec) {
     model_Protocoldata out = rec;
-    if (const T9Row* row = findRow(kT9Rows, rec)) {
-        out.Datablock = row->text.render(rec);
-        out.dataType = row->kind;
-    }
+    translate::t9(out);
     return out;
 }
 

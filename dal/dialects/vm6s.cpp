@@ -1,5 +1,7 @@
+#include "bytes.h"
 #include "dalTarsel.h"
 #include "t3_notation.h"
+#include "translators.h"
 
 #include "utility_manage.h"
 
@@ -163,34 +165,50 @@ int subTypeStamp(const model_Protocoldata& rec) {
 
 } // namespace
 
-model_Protocoldata DalTarsel::transformBufToQStringForVM6S(model_Protocoldata& rec) {
-    model_Protocoldata result = rec;
-    result.arryDatablock.clear();
+void translate::vm6s(model_Protocoldata& rec) {
     const int index = vm6sRowFor(rec);
-    if (index < 0)
-        return result;
+    if (index < 0) {
+        rec.arryDatablock.clear();
+        return;
+    }
     const Vm6sRow& row = kVm6sRows[index];
     if (row.frame) {
         QByteArray frame = decodedFrames()[index];
         if (row.fill)
             row.fill(rec, frame);
-        result.arryDatablock = std::move(frame);
-    } else if (const auto values = row.values(rec)) {
-        result.Datablock = fill(QString::fromLatin1(row.text), *values);
+        rec.arryDatablock = std::move(frame);
+        return;
     }
-    return result;
+    const auto values = row.values(rec);
+    rec.arryDatablock.clear();
+    if (values)
+        rec.Datablock = fill(QString::fromLatin1(row.text), *values);
+}
+
+// A shorter array is padded with zeros, a longer one cut: the frame is always 23 bytes. A frame
+// of that size is stamped where it is.
+void translate::vm6sFinish(model_Protocoldata& rec) {
+    QByteArray& frame = rec.arryDatablock;
+    if (frame.isEmpty())
+        return;
+    if (frame.size() != kFrameSize) {
+        QByteArray sized(kFrameSize, '\0');
+        std::copy(frame.begin(), frame.begin() + std::min(int(frame.size()), kFrameSize),
+                  sized.data());
+        frame = std::move(sized);
+    }
+    put(frame, kStampAt, subTypeStamp(rec));
+    dal::writeCheckSum(reinterpret_cast<unsigned char*>(frame.data()), kCheckSumAt);
+}
+
+model_Protocoldata DalTarsel::transformBufToQStringForVM6S(model_Protocoldata& rec) {
+    model_Protocoldata out = rec;
+    translate::vm6s(out);
+    return out;
 }
 
 model_Protocoldata DalTarsel::convertCheckSumForVMS(model_Protocoldata& rec) {
-    model_Protocoldata result = rec;
-    if (result.arryDatablock.isEmpty())
-        return result;
-    // A shorter array is padded with zeros, a longer one cut: the frame is always 23 bytes.
-    const QByteArray& in = result.arryDatablock;
-    QByteArray frame(kFrameSize, '\0');
-    std::copy(in.begin(), in.begin() + std::min(int(in.size()), kFrameSize), frame.data());
-    put(frame, kStampAt, subTypeStamp(rec));
-    setCheckSum(reinterpret_cast<unsigned char*>(frame.data()), kCheckSumAt);
-    result.arryDatablock = std::move(frame);
-    return result;
+    model_Protocoldata out = rec;
+    translate::vm6sFinish(out);
+    return out;
 }
