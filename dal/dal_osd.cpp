@@ -3,6 +3,8 @@
 #include "biz_osd_cmdswork.h"
 #include "bytes.h"
 
+#include <algorithm>
+
 namespace {
 
 enum Command {
@@ -68,13 +70,19 @@ void dal_Osd::setOsdShowModel(int mode, QString tag) {
 // p2 then p1, both big-endian; the text's length byte wraps past 255; p11 is not sent.
 void dal_Osd::sendTextInfo(int p1, int p2, int p3, int p4, int p5, int p6, int p7, int p8, int p9,
                            QString text, int, QString tag) {
-    const QByteArray encoded = text.toLocal8Bit();
-    const unsigned char parameters[] = {
-        high(p2), low(p2), high(p1), low(p1), low(p3), low(encoded.size()),
-        low(p4),  low(p5), low(p6),  low(p7), low(p8), low(p9)};
-    QByteArray payload(int(sizeof parameters) + encoded.size(), Qt::Uninitialized);
-    std::copy(encoded.begin(), encoded.end(),
-              std::copy(std::begin(parameters), std::end(parameters), payload.data()));
+    // ASCII, which every locale encoding writes as itself, goes straight into the payload.
+    const bool ascii =
+        std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() < 0x80; });
+    const QByteArray encoded = ascii ? QByteArray() : text.toLocal8Bit();
+    const int size = ascii ? text.size() : encoded.size();
+    const unsigned char parameters[] = {high(p2), low(p2), high(p1), low(p1), low(p3), low(size),
+                                        low(p4),  low(p5), low(p6),  low(p7), low(p8), low(p9)};
+    QByteArray payload(int(sizeof parameters) + size, Qt::Uninitialized);
+    char* at = std::copy(std::begin(parameters), std::end(parameters), payload.data());
+    if (ascii)
+        std::transform(text.cbegin(), text.cend(), at, [](QChar c) { return char(c.unicode()); });
+    else
+        std::copy(encoded.begin(), encoded.end(), at);
     const int len = payload.size();
     addToQueue(frame(TextInfo, len, std::move(payload), tag, 2000));
 }

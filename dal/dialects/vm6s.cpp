@@ -193,7 +193,7 @@ void translate::vm6sFinish(model_Protocoldata& rec) {
         return;
     if (frame.size() != kFrameSize) {
         QByteArray sized(kFrameSize, '\0');
-        std::copy(frame.begin(), frame.begin() + std::min(int(frame.size()), kFrameSize),
+        std::copy(frame.cbegin(), frame.cbegin() + std::min(int(frame.size()), kFrameSize),
                   sized.data());
         frame = std::move(sized);
     }
