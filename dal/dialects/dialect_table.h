@@ -9,7 +9,6 @@
 
 #include <charconv>
 #include <cstddef>
-#include <cstring>
 #include <unordered_map>
 
 // Building blocks of the text dialects' translation tables: a row matches a native
