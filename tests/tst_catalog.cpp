@@ -169,6 +169,17 @@ void tst_catalog::calls_data() {
         R"({"decoderFrame":1,"decoderCard":2,"decoderSub":3})");
     row("setEDIDForT9 500 1 1920 1080",
         R"(9004000000 500 '{"Command":"SetViCustomWH","Height":1080,"Type":1,"Width":1920}')");
+    row(R"(setOsdTextForT9 500 {"posX":1,"posY":2,"posW":3,"posH":4,"groupIndex":5,"fileName":"f",)"
+        R"("bgAlpha":6,"bgColor":7,"fontSize":8,"fontName":"n","fontColor":9,"scrollDir":10,)"
+        R"("scrollSpeed":11,"osdText":"t","topPostion":12,"sendBits":13,"textLine":14,"rowHeight":15})",
+        R"(9018000000 500 '{"Alpha":6,"BgColor":7,"Command":"SetOsdText","FontName":"n","FontSize":8,)"
+        R"("Name":"f","RowHeight":15,"ScrGroup":5,"ScrRange":[1,2,3,4],"ScrollDir":10,)"
+        R"("ScrollSpeed":11,"SendBits":13,"Text":"t","TextColor":9,"TextLine":14,"TopPostion":12}')");
+    row(R"(updateIPCInfo 500 {"group":1,"ipcName":"c","authMode":2,"userName":"u","pwd":"p",)"
+        R"("transMode":3,"url":"r","width":4,"height":5,"auxUrl":"a","auxWidth":6,"auxHeight":7})",
+        R"(920a000000 500 '{"AuthMode":2,"AuthName":"u","AuthPwd":"p","AuxHeight":7,"AuxUrl":"a",)"
+        R"("AuxWidth":6,"Command":"AddOneIpCam","Group":1,"Height":5,"Name":"c","TransferMode":3,)"
+        R"("Url":"r","Width":4}')");
     row("clearPortOSDForT9 500 6 n1",
         R"(901c000000 500 '{"Command":"CloseOsdText","Name":"n1","ScrGroup":6}')");
     row("refreshModal 500 6",
