@@ -73,6 +73,7 @@ private slots:
     void firmwareChoosesLayout();
     void refused_data();
     void refused();
+    void oversizeLabelBlock();
     void pacingHeldInsideTheLock();
     void probes();
     void osd();
@@ -247,6 +248,19 @@ void tst_keyboard::refused() {
         k.setKeyOled_New(kind, group, key, p);
     QVERIFY(takeQueued().isEmpty());
     QCOMPARE(messages.warnings().size(), !lengthAt && g == 5 ? 2 : 1);
+}
+
+// Sixteen labels of the longest lines an entry holds outgrow the keyboard's block.
+void tst_keyboard::oversizeLabelBlock() {
+    Model_PommetParam p = keyboard();
+    for (_KeyParam& entry : p.keysKind1) {
+        entry.bytes[13] = 85;
+        entry.bytes[14] = 54;
+        entry.bytes[15] = 23;
+    }
+    // 16 keys of 2 + 3 + 85 + 54 + 23 bytes, then the checksum.
+    verifyRefused([&] { Dal_Pommet().setGroupKeyOled_P5(1, 0, p); }, "setGroupKeyOled_P5",
+                  "a block of 2673 bytes exceeds the keyboard's 2048");
 }
 
 // Another producer sees the keyboard's record only once its pause is over: the pause is
