@@ -95,16 +95,23 @@ private:
     }
 };
 
-// Sets the record's text from a row and its bytes to the text's local 8-bit encoding.
-inline void setTextAndBytes(Rec& out, const Text& text, const Rec& in) {
-    if (text.isFixed()) {
-        const FixedText& fixed = fixedText(text.pattern);
-        out.Datablock = fixed.text;
-        out.arryDatablock = fixed.bytes;
+// Gives the record a fixed text and its bytes, both shared.
+inline void setFixedText(Rec& rec, const char* pattern) {
+    const FixedText& fixed = fixedText(pattern);
+    rec.Datablock = fixed.text;
+    rec.arryDatablock = fixed.bytes;
+}
+
+// Sets the record's text from its row (keeps the text it came with when no row matched) and its
+// bytes to the text's local 8-bit encoding.
+inline void setTextAndBytes(Rec& rec, const Text* text) {
+    if (text && text->isFixed()) {
+        setFixedText(rec, text->pattern);
         return;
     }
-    out.Datablock = text.render(in);
-    out.arryDatablock = out.Datablock.toLocal8Bit();
+    if (text)
+        rec.Datablock = text->render(rec);
+    rec.arryDatablock = rec.Datablock.toLocal8Bit();
 }
 
 inline Text pat(const char* pattern, Field a = nullptr, Field b = nullptr, Field c = nullptr) {

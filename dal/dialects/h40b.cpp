@@ -99,12 +99,8 @@ const H40BRow kH40BRows[] = {
 
 void translate::h40b(model_Protocoldata& rec) {
     const H40BRow* row = findRow(kH40BRows, rec);
-    if (!row) {
-        rec.arryDatablock = rec.Datablock.toLocal8Bit();
-        return;
-    }
-    setTextAndBytes(rec, row->text, rec);
-    if (row->msgCode != kAsCame)
+    setTextAndBytes(rec, row ? &row->text : nullptr);
+    if (row && row->msgCode != kAsCame)
         rec.msgCode = static_cast<unsigned short>(row->msgCode);
 }
 

@@ -47,10 +47,8 @@ void translate::kr2(model_Protocoldata& rec) {
         rec.arryDatablock.chop(1);
         return;
     }
-    if (const KR2Row* row = findRow(kKR2Rows, rec))
-        setTextAndBytes(rec, row->text, rec);
-    else
-        rec.arryDatablock = rec.Datablock.toLocal8Bit();
+    const KR2Row* row = findRow(kKR2Rows, rec);
+    setTextAndBytes(rec, row ? &row->text : nullptr);
 }
 
 model_Protocoldata DalTarsel::transformBufToQStringForKR2(model_Protocoldata& rec) {

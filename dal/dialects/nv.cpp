@@ -78,15 +78,11 @@ const NVRow kNVRows[] = {
 
 void translate::nv(model_Protocoldata& rec) {
     const NVRow* row = findRow(kNVRows, rec);
-    if (!row) {
-        rec.arryDatablock = rec.Datablock.toLocal8Bit();
-        return;
-    }
-    if (row->keepBytes)
+    if (row && row->keepBytes)
         rec.Datablock = row->text.render(rec);
     else
-        setTextAndBytes(rec, row->text, rec);
-    if (row->kind != kAsCame)
+        setTextAndBytes(rec, row ? &row->text : nullptr);
+    if (row && row->kind != kAsCame)
         rec.dataType = static_cast<unsigned char>(row->kind);
 }
 

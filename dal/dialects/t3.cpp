@@ -271,9 +271,7 @@ const T3Row* t3RowFor(const model_Protocoldata& rec) {
 void translate::t3(model_Protocoldata& rec) {
     const T3Row* row = t3RowFor(rec);
     if (row && !row->values) {
-        const dialect::FixedText& fixed = dialect::fixedText(row->text);
-        rec.Datablock = fixed.text;
-        rec.arryDatablock = fixed.bytes;
+        dialect::setFixedText(rec, row->text);
         return;
     }
     if (row)

@@ -124,17 +124,24 @@ QStringList argumentNames([[maybe_unused]] const QStringList& names) {
     return taken;
 }
 
+// An operation's names and types; its run function is set by the caller.
+template <class... P>
+Operation describe(const char* className, const char* name, const char* params,
+                   const QStringList& names) {
+    const QString declared = QString::fromLatin1(params);
+    return {QString::fromLatin1(className),
+            QString::fromLatin1(name),
+            declared,
+            argumentTypes<P...>(declared),
+            nullptr,
+            argumentNames<P...>(names)};
+}
+
 template <class C, class R, class... P>
 Operation makeOperation(const char* className, const char* name, const char* params,
                         R (C::*fn)(P...)) {
-    const QString declared = QString::fromLatin1(params);
-    const QStringList names = parameterNames(declared);
-    Operation op{QString::fromLatin1(className),
-                 QString::fromLatin1(name),
-                 declared,
-                 argumentTypes<P...>(declared),
-                 nullptr,
-                 argumentNames<P...>(names)};
+    const QStringList names = parameterNames(QString::fromLatin1(params));
+    Operation op = describe<P...>(className, name, params, names);
     op.run = [fn, names](Targets& t, const QStringList& texts, Models& models) {
         C& target = targetOf<C>(t);
         auto call = [&](auto&&... a) -> R { return (target.*fn)(std::forward<decltype(a)>(a)...); };
@@ -147,14 +154,8 @@ Operation makeOperation(const char* className, const char* name, const char* par
 template <class C, class R, class... P>
 Operation makeOperation(const char* className, const char* name, const char* params,
                         R (*fn)(P...)) {
-    const QString declared = QString::fromLatin1(params);
-    const QStringList names = parameterNames(declared);
-    Operation op{QString::fromLatin1(className),
-                 QString::fromLatin1(name),
-                 declared,
-                 argumentTypes<P...>(declared),
-                 nullptr,
-                 argumentNames<P...>(names)};
+    const QStringList names = parameterNames(QString::fromLatin1(params));
+    Operation op = describe<P...>(className, name, params, names);
     op.run = [fn, names](Targets&, const QStringList& texts, Models& models) {
         auto call = [&](auto&&... a) -> R { return fn(std::forward<decltype(a)>(a)...); };
         return invoke<R, decltype(call), P...>(call, texts, models, std::index_sequence_for<P...>{},
