@@ -23,7 +23,8 @@ const DemoRequest kRequests[] = {
     {"board-level input query", {"raw", "0x90", "0x03", "2", "0", "0", "05"}},
 };
 
-const char* const kFamilies[] = {"native", "T9", "T3", "KR2", "NV", "H40", "H40B", "VM6S", "Cadex"};
+const char* const kFamilies[] = {"native", "T9",   "T3",   "KR2",    "NV",
+                                 "H40",    "H40B", "VM6S", "VantaZ", "Cadex"};
 
 } // namespace
 

@@ -1,27 +1,43 @@
 #include "records.h"
 
 #include <QJsonValue>
+#include <QRegularExpression>
 
 #include <utility>
 
 namespace {
 
 const std::pair<const char*, int> kFamilies[] = {
-    {"native", 0x700000}, {"T9", 0x250300},       {"T3", 0x250400},   {"KR2", 0x250502},
-    {"NV", 0x2D0000},     {"H40", 0x900000},      {"H40B", 0x900001}, {"VM6S", 0x2C0104},
-    {"Cadex", 0x260000},  {"keyboard", 0x400000},
+    {"native", 0x700000}, {"T9", 0x250300},    {"T3", 0x250400},       {"KR2", 0x250502},
+    {"NV", 0x2D0000},     {"H40", 0x900000},   {"H40B", 0x900001},     {"VM6S", 0x2C0104},
+    {"VantaZ", 0x2C0202}, {"Cadex", 0x260000}, {"keyboard", 0x400000},
 };
 
 // Codes that share a family with the one the family name selects.
 const std::pair<int, const char*> kAliases[] = {
     {0x250310, "T3"},    {0x2C0103, "VM6S"},  {0x230102, "Cadex"},  {0x230106, "Cadex"},
     {0x230107, "Cadex"}, {0x250000, "Cadex"}, {0x260002, "Cadex"},  {0x2C0100, "Cadex"},
-    {0x2C0106, "Cadex"}, {0x2C0107, "Cadex"}, {0x2C0201, "native"}, {0x2C0202, "native"},
+    {0x2C0106, "Cadex"}, {0x2C0107, "Cadex"}, {0x2C0201, "VantaZ"},
 };
 
 QString hexCode(int code) {
     return QStringLiteral("0x") +
            QString::number(code, 16).toUpper().rightJustified(6, QLatin1Char('0'));
+}
+
+// Hex digit pairs and nothing else; QByteArray::fromHex would skip anything else silently.
+bool bytesFromHex(const QJsonValue& value, QByteArray& bytes) {
+    static const QRegularExpression pairs(QStringLiteral("^([0-9A-Fa-f]{2})*$"));
+    if (!value.isString() || !pairs.match(value.toString()).hasMatch())
+        return false;
+    bytes = QByteArray::fromHex(value.toString().toLatin1());
+    return true;
+}
+
+// A "length" member, when there is one, must count the bytes given.
+bool lengthFits(const QJsonObject& json, const QByteArray& bytes) {
+    return !json.contains(QLatin1String("length")) ||
+           json.value(QLatin1String("length")).toInt(-1) == bytes.size();
 }
 
 QString headHex(const model_Protocoldata& rec) {
@@ -127,8 +143,8 @@ bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& e
         const QString key = it.key();
         const QJsonValue value = it.value();
         if (key == QLatin1String("head")) {
-            const QByteArray head = QByteArray::fromHex(value.toString().toLatin1());
-            if (head.size() != int(sizeof rec.cmdHead)) {
+            QByteArray head;
+            if (!bytesFromHex(value, head) || head.size() != int(sizeof rec.cmdHead)) {
                 error = QStringLiteral("record head must be 8 bytes of hex");
                 return false;
             }
@@ -155,11 +171,18 @@ bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& e
         } else if (key == QLatin1String("Datablock")) {
             rec.Datablock = value.toString();
         } else if (key == QLatin1String("arryDatablock")) {
-            rec.arryDatablock = QByteArray::fromHex(value.toString().toLatin1());
+            if (!bytesFromHex(value, rec.arryDatablock)) {
+                error = QStringLiteral("record arryDatablock must be hex");
+                return false;
+            }
         } else if (key != QLatin1String("family") && key != QLatin1String("length")) {
             error = QStringLiteral("a record has no field named %1").arg(key);
             return false;
         }
+    }
+    if (!lengthFits(json, rec.arryDatablock)) {
+        error = QStringLiteral("record length does not count its arryDatablock: cut or garbled");
+        return false;
     }
     return true;
 }
@@ -204,8 +227,8 @@ bool osdRecordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& er
     for (auto it = json.begin(); it != json.end(); ++it) {
         const QString key = it.key();
         if (key == QLatin1String("header")) {
-            const QByteArray head = QByteArray::fromHex(it.value().toString().toLatin1());
-            if (head.size() != int(sizeof rec.frameHead)) {
+            QByteArray head;
+            if (!bytesFromHex(it.value(), head) || head.size() != int(sizeof rec.frameHead)) {
                 error = QStringLiteral("OSD header must be 11 bytes of hex");
                 return false;
             }
@@ -215,11 +238,18 @@ bool osdRecordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& er
         } else if (key == QLatin1String("timeout")) {
             rec.timeout = it.value().toInt();
         } else if (key == QLatin1String("payload")) {
-            rec.payload = QByteArray::fromHex(it.value().toString().toLatin1());
+            if (!bytesFromHex(it.value(), rec.payload)) {
+                error = QStringLiteral("OSD payload must be hex");
+                return false;
+            }
         } else if (key != QLatin1String("osd") && key != QLatin1String("length")) {
             error = QStringLiteral("an OSD record has no field named %1").arg(key);
             return false;
         }
+    }
+    if (!lengthFits(json, rec.payload)) {
+        error = QStringLiteral("OSD record length does not count its payload: cut or garbled");
+        return false;
     }
     return true;
 }

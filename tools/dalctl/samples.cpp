@@ -32,3 +32,22 @@ QStringList sampleCall(const Operation& op) {
         call << sampleArgument(type);
     return call;
 }
+
+QString otherArgument(const QString& type) {
+    if (type.contains(QLatin1String("*")) && !type.contains(QLatin1String("int*")))
+        return QStringLiteral("0a0b0c");
+    if (type.contains(QLatin1String("QByteArray")))
+        return QStringLiteral("0a0b0c");
+    if (type.contains(QLatin1String("double")) || type.contains(QLatin1String("float")))
+        return QStringLiteral("2.25");
+    if (type.contains(QLatin1String("QJsonObject")))
+        return QStringLiteral("{\"a\":2}");
+    if (type.contains(QLatin1String("QStringList")))
+        return QStringLiteral("c");
+    if (type.contains(QLatin1String("QString")))
+        return QStringLiteral("ab");
+    if (type.contains(QLatin1String("int*")) || type.contains(QLatin1String("QList")) ||
+        type.contains(QLatin1String("QVector")))
+        return QStringLiteral("3,4,5");
+    return sampleArgument(type);
+}
