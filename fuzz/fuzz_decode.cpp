@@ -1,5 +1,7 @@
-// Arbitrary input to decode and explain: the first byte picks the family decode reads it as,
-// the rest is the record's text or hex (and, for explain, a log line).
+// Arbitrary input to decode and explain: the first byte picks the family decode reads it as
+// (or none), the rest is what decode reads (hex, a text, printed records, JSON lines, trace
+// lines) and, for explain, a log line.
+#include "decode.h"
 #include "explain.h"
 
 #include <QString>
@@ -25,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         return 0;
     const int device = kDevices[data[0] % (sizeof kDevices / sizeof kDevices[0])];
     const QByteArray rest(reinterpret_cast<const char*>(data + 1), int(size - 1));
-    decodeRecord(QString::fromUtf8(rest), device);
+    decodeInput(rest, device ? std::optional<int>(device) : std::nullopt);
     explainLine(rest, device, data[0] & 0x80);
     return 0;
 }

@@ -1,39 +1,84 @@
+#include "decode.h"
 #include "explain.h"
+#include "records.h"
 #include "samples.h"
 #include "session.h"
 #include "testsupport.h"
 
+#include <QJsonDocument>
 #include <QtTest>
+
+#include <optional>
 
 namespace {
 
 // Whether `op` is among the candidates, as its record `record`, with every argument it reports
 // equal to the one it was called with.
-bool among(const QVector<Candidate>& found, const Operation& op, int record,
-           const QStringList& given) {
-    for (const Candidate& c : found) {
-        if (c.op != &op || (record && c.record != record))
-            continue;
-        bool same = true;
-        for (const auto& arg : c.args) {
-            const QString value = given.value(op.argumentNames.indexOf(arg.first));
-            same = same && (value == QLatin1String("true")    ? arg.second == 1
+bool among(const Decoded& d, const Operation& op, int record, const QStringList& given) {
+    for (const Answer& answer : d.answers)
+        for (const Reading& reading : answer.readings)
+            for (const Found& found : reading.found) {
+                const Candidate& c = found.candidate;
+                if (c.op != &op || c.record != record)
+                    continue;
+                bool same = true;
+                for (const auto& arg : c.args) {
+                    const QString value = given.value(op.argumentNames.indexOf(arg.first));
+                    same = same &&
+                           (value == QLatin1String("true")    ? arg.second == 1
                             : value == QLatin1String("false") ? arg.second == 0
                                                               : value.toLongLong() == arg.second);
-        }
-        if (same)
-            return true;
-    }
+                }
+                if (same)
+                    return true;
+            }
     return false;
 }
 
-// What a record went out as, in the text that decode takes.
-QString decodeInput(const Form& form, const model_Protocoldata& rec) {
-    if (form.kind == Form::Text)
-        return form.text;
-    if (form.kind == Form::Frame)
-        return QString::fromLatin1(rec.arryDatablock.toHex());
-    return QString::fromLatin1((headOf(rec) + rec.arryDatablock).toHex());
+struct Input {
+    QByteArray text;
+    std::optional<int> device;
+};
+
+// What a record went out as, in the text that decode takes, read with the record's family.
+Input familyForm(const model_Protocoldata& rec) {
+    const Form form = formOf(rec);
+    const QByteArray bytes =
+        form.kind == Form::Frame ? rec.arryDatablock : headOf(rec) + rec.arryDatablock;
+    return {form.kind == Form::Text ? form.text.toUtf8() : bytes.toHex(), rec.deviceType};
+}
+
+// The record as dalctl prints it, as its --json line, and as its 8-byte head and block.
+QVector<Input> printedForms(const model_Protocoldata& rec) {
+    const QByteArray head(reinterpret_cast<const char*>(rec.cmdHead), sizeof rec.cmdHead);
+    return {{recordText(rec, 1).toUtf8(), std::nullopt},
+            {QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact), std::nullopt},
+            {(head + rec.arryDatablock).toHex(), rec.deviceType}};
+}
+
+QVector<Input> printedForms(const model_OsdParam& rec) {
+    return {{osdRecordText(rec, 1).toUtf8(), std::nullopt},
+            {QJsonDocument(osdRecordJson(rec)).toJson(QJsonDocument::Compact), std::nullopt},
+            {formOf(rec).bytes.toHex(), std::nullopt}};
+}
+
+// Runs the operation, its trace lines caught; empty when it refuses the arguments.
+std::optional<Outcome> run(const Operation& op, const QStringList& arguments, int device,
+                           QStringList& traced) {
+    DeviceSetting setting;
+    setting.deviceType = device;
+    MessageCapture capture;
+    try {
+        const Outcome outcome = runOperation(op, arguments, setting, Models::defaults());
+        traced = capture.debug().filter(QStringLiteral("---addToQueue----CMD="));
+        return outcome;
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+bool queued(const std::optional<Outcome>& outcome) {
+    return outcome && (!outcome->records.isEmpty() || !outcome->osdRecords.isEmpty());
 }
 
 } // namespace
@@ -45,25 +90,27 @@ private slots:
     void roundTrip();
     void traceLines_data();
     void traceLines();
-    void badDecodeInput_data();
-    void badDecodeInput();
+    void readers_data();
+    void readers();
 };
 
 void tst_explain::roundTrip_data() {
     QTest::addColumn<QString>("className");
     QTest::addColumn<int>("device");
-    const std::pair<const char*, int> families[] = {
-        {"native", 0x700000}, {"T9", 0x250300},   {"T3", 0x250400},
-        {"KR2", 0x250502},    {"NV", 0x2D0000},   {"H40", 0x900000},
-        {"H40B", 0x900001},   {"VM6S", 0x2C0104}, {"Cadex", 0x260000}};
-    for (const auto& family : families)
-        QTest::newRow(family.first) << "DalTarsel" << family.second;
-    QTest::newRow("keyboard") << "Dal_Pommet" << 0;
-    QTest::newRow("OSD") << "dal_Osd" << 0;
+    for (const QString& family : familyNames()) {
+        int device = 0;
+        deviceTypeFromText(family, device);
+        if (family != QLatin1String("keyboard"))
+            QTest::newRow(qPrintable(family)) << "DalTarsel" << device;
+    }
+    QTest::newRow("keyboard") << "Dal_Pommet" << 0x700000;
+    QTest::newRow("OSD") << "dal_Osd" << 0x700000;
 }
 
-// Every operation, called with its sample arguments, is found again from its trace lines and
-// from each record as it went out, with the arguments it was given.
+// Every operation is found again, with the arguments it was given, from its trace lines and
+// from each record it queued: as the record went out to its family (called with distinct
+// small integers, so that an argument read from the wrong byte shows), and as dalctl prints
+// it, as its --json line and as its 8-byte head and block (called as `dalctl sweep` calls it).
 void tst_explain::roundTrip() {
     QFETCH(QString, className);
     QFETCH(int, device);
@@ -72,50 +119,48 @@ void tst_explain::roundTrip() {
     for (const Operation& op : operations()) {
         if (op.className != className || !explainable(op))
             continue;
-        DeviceSetting setting;
-        setting.deviceType = device ? device : 0x700000;
-        // Distinct integers, so that an argument read from the wrong byte shows; the samples
-        // where the operation refuses them.
-        QStringList given = sampleCall(op).mid(1);
-        for (int i = 0; i < given.size(); ++i)
-            if (given[i] == QLatin1String("1") && op.argumentTypes[i] != QLatin1String("double"))
-                given[i] = QString::number(2 + i);
-        Outcome outcome;
-        QStringList traced;
-        const QStringList calls[] = {given, sampleCall(op).mid(1)};
-        for (const QStringList& call : calls) {
-            MessageCapture capture;
-            try {
-                outcome = runOperation(op, call, setting, Models::defaults());
-            } catch (const std::exception&) {
-                continue;
-            }
-            traced = capture.debug().filter(QStringLiteral("---addToQueue----CMD="));
-            given = call;
-            if (!outcome.records.isEmpty() || !outcome.osdRecords.isEmpty())
-                break;
+        const QStringList sample = sampleCall(op).mid(1);
+        QStringList distinct = sample, traced, sweepTrace;
+        for (int i = 0; i < distinct.size(); ++i)
+            if (distinct[i] == QLatin1String("1") && op.argumentTypes[i] != QLatin1String("double"))
+                distinct[i] = QString::number(2 + i);
+        const std::optional<Outcome> swept = run(op, sample, device, sweepTrace);
+        std::optional<Outcome> given = run(op, distinct, device, traced);
+        if (!queued(given)) {
+            given = swept;
+            distinct = sample;
+            traced = sweepTrace;
         }
+        if (!queued(given))
+            continue;
         for (const QString& line : traced) {
             const QByteArray note = explainLine(line.toUtf8(), device, true);
             const QString name = QStringLiteral("\"operation\":\"%1\"").arg(op.qualifiedName());
             QVERIFY2(note.contains(name.toUtf8()), qPrintable(line + " -> " + note));
         }
-        for (int k = 0; k < outcome.records.size(); ++k) {
-            const model_Protocoldata& rec = outcome.records[k];
-            const Form form = formOf(rec);
+        auto verify = [&](const Input& input, int record, const QStringList& arguments) {
+            const Decoded d = decodeInput(input.text, input.device);
+            QVERIFY2(among(d, op, record, arguments),
+                     qPrintable(op.usage() + ": " + input.text + " -> " + d.error +
+                                (d.answers.isEmpty() ? QString() : d.answers[0].text())));
+            ++checked;
+        };
+        for (int k = 0; k < given->records.size(); ++k) {
+            const model_Protocoldata& rec = given->records[k];
             // A dialect family with no form for the command: it goes out as its native head.
-            byHead += device && device != 0x700000 && device != 0x260000 && form.kind == Form::Head;
-            const Decoded d = decodeRecord(decodeInput(form, rec), device);
-            QVERIFY2(among(d.candidates, op, k + 1, given),
-                     qPrintable(op.usage() + ": " + decodeInput(form, rec) + " -> " + d.message));
-            ++checked;
+            byHead += familyName(device) != QLatin1String("native") &&
+                      familyName(device) != QLatin1String("Cadex") &&
+                      formOf(rec).kind == Form::Head && className == QLatin1String("DalTarsel");
+            verify(familyForm(rec), k + 1, distinct);
         }
-        for (int k = 0; k < outcome.osdRecords.size(); ++k) {
-            const Decoded d =
-                decodeRecord(QString::fromLatin1(formOf(outcome.osdRecords[k]).bytes.toHex()), 0);
-            QVERIFY2(among(d.candidates, op, k + 1, given), qPrintable(op.usage()));
-            ++checked;
-        }
+        for (int k = 0; k < given->osdRecords.size(); ++k)
+            verify({formOf(given->osdRecords[k]).bytes.toHex(), std::nullopt}, k + 1, distinct);
+        for (int k = 0; k < swept->records.size(); ++k)
+            for (const Input& input : printedForms(swept->records[k]))
+                verify(input, k + 1, sample);
+        for (int k = 0; k < swept->osdRecords.size(); ++k)
+            for (const Input& input : printedForms(swept->osdRecords[k]))
+                verify(input, k + 1, sample);
     }
     QVERIFY(checked > 0);
     qInfo("%d records decoded, %d of them by their native head", checked, byHead);
@@ -143,20 +188,95 @@ void tst_explain::traceLines() {
     QCOMPARE(QString::fromUtf8(explainLine(line.toUtf8(), 0x700000, false)), note);
 }
 
-void tst_explain::badDecodeInput_data() {
-    QTest::addColumn<QString>("input");
-    QTest::addColumn<int>("status");
-    QTest::newRow("odd hex") << "6a0" << int(Decoded::BadInput);
-    QTest::newRow("short head") << "6a03" << int(Decoded::BadInput);
-    QTest::newRow("no family's text") << "hello" << int(Decoded::BadInput);
-    QTest::newRow("unsent head") << "0312070000" << int(Decoded::NoOperation);
-    QTest::newRow("unsent T3 text") << "<SVCN, 3C>" << int(Decoded::NoOperation);
+namespace {
+
+// What dalctl prints for a request on a family: its records, or their --json lines.
+QByteArray printed(const QStringList& call, const char* family, bool json = false) {
+    DeviceSetting setting;
+    deviceTypeFromText(QString::fromLatin1(family), setting.deviceType);
+    MessageCapture quiet;
+    QByteArray text;
+    const Outcome outcome = runRequest(call, setting, Models::defaults());
+    for (int i = 0; i < outcome.records.size(); ++i)
+        text += json
+                    ? QJsonDocument(recordJson(outcome.records[i])).toJson(QJsonDocument::Compact) +
+                          '\n'
+                    : recordText(outcome.records[i], i + 1).toUtf8();
+    return text;
 }
 
-void tst_explain::badDecodeInput() {
-    QFETCH(QString, input);
-    QFETCH(int, status);
-    QCOMPARE(int(decodeRecord(input, input.startsWith('<') ? 0x250400 : 0x700000).status), status);
+} // namespace
+
+void tst_explain::readers_data() {
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<QString>("device");
+    QTest::addColumn<int>("answers");
+    QTest::addColumn<QString>("expected"); // a line of the answers, or of the error
+    const QByteArray version = printed({"getComBoardVer"}, "T3");
+    const QByteArray supplier = printed({"setSupplierName", "3000", "5", "414243"}, "native");
+    const QByteArray supplierHex =
+        QJsonDocument::fromJson(printed({"setSupplierName", "3000", "5", "414243"}, "native", true))
+            .object()
+            .value("head")
+            .toString()
+            .toLatin1() +
+        "414243c6";
+    const QByteArray trace =
+        "trace: ---addToQueue----CMD= \"6a\" ---DAT1= \"3\" ---DAT2= \"0\" ---DAT3= \"0\" "
+        "---DAT4= \"0\" ---arryDatablock= \"3c475645523e\" ---Datablock= \"<GVER>\"\n";
+
+    QTest::newRow("printout, two records")
+        << version + "== next\n" + supplier << "" << 2
+        << "  head, native f0 58 05 04 00: setSupplierName(index=5)";
+    QTest::newRow("json lines") << "{\"returned\":\"x\"}\n" +
+                                       printed({"getComBoardVer"}, "T3", true)
+                                << "" << 1 << "JSON record (line 2): device 0x250400 (T3)";
+    QTest::newRow("trace echo skipped") << trace + version << "" << 1 << "getComBoardVer()";
+    QTest::newRow("trace line alone") << trace << "T3" << 1 << "trace, native 6a 03 00 00 00";
+    QTest::newRow("head line") << QByteArray("  head: 00 00 6a 03 00 00 00 00") << "T3" << 1
+                               << "8-byte head, native 6a 03 00 00 00: getComBoardVer()";
+    QTest::newRow("5- and 8-byte heads")
+        << supplierHex << "native" << 1 << "8-byte head, native f0 58 05 04 00: setSupplierName";
+    QTest::newRow("5-byte head") << QByteArray("6a03000000") << "" << 1
+                                 << "5-byte head, native 6a 03 00 00 00: getComBoardVer() [native";
+    QTest::newRow("text of two families")
+        << QByteArray("Command=GetAllDecoder") << "" << 1 << "geth264inputip() [T9 NV]";
+    QTest::newRow("unsent head") << QByteArray("0312070000") << "native" << 1
+                                 << "5-byte head, native 03 12 07 00 00: no operation sends it";
+
+    QTest::newRow("empty") << QByteArray(" \n") << "" << 0 << "nothing to decode";
+    QTest::newRow("binary") << QByteArray("6a\0\x01", 4) << "" << 0 << "binary data";
+    QTest::newRow("too short") << QByteArray("6a03") << "" << 0 << "2 bytes are too few";
+    QTest::newRow("no family's text") << QByteArray("hello") << "" << 0 << "neither hex";
+    QTest::newRow("1 MB line") << QByteArray(1 << 20, 'x') << "" << 0 << "longer than any";
+    QTest::newRow("cut printout") << version.left(version.lastIndexOf("  arryDatablock")) << "" << 0
+                                  << "record 1 (line 1) is cut";
+    QTest::newRow("block shorter than said")
+        << QByteArray(version).replace("(6 bytes)", "(7 bytes)") << "" << 0
+        << "says 7 bytes but holds 6";
+    QTest::newRow("json, not a record")
+        << QByteArray("{\"Comand\":1}") << "" << 0 << "not a record";
+    QTest::newRow("json record, bad block")
+        << QByteArray(printed({"getComBoardVer"}, "T3", true)).replace("3c4756", "3c47zz") << ""
+        << 0 << "arryDatablock must be hex";
+    QTest::newRow("another device given") << version << "H40" << 0 << "leave out --device";
+}
+
+void tst_explain::readers() {
+    QFETCH(QByteArray, input);
+    QFETCH(QString, device);
+    QFETCH(int, answers);
+    QFETCH(QString, expected);
+    std::optional<int> code;
+    if (!device.isEmpty())
+        QVERIFY(deviceTypeFromText(device, code.emplace()));
+    const Decoded d = decodeInput(input, code);
+    QString text = d.error;
+    for (const Answer& answer : d.answers)
+        text += answer.text();
+    QCOMPARE(d.answers.size(), answers);
+    QVERIFY2(d.error.isEmpty() == (answers > 0), qPrintable(d.error));
+    QVERIFY2(text.contains(expected), qPrintable(text));
 }
 
 QTEST_GUILESS_MAIN(tst_explain)
