@@ -1,3 +1,5 @@
+#include "decode.h"
+#include "engine.h"
 #include "explain.h"
 #include "records.h"
 #include "registry.h"
@@ -10,9 +12,12 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLoggingCategory>
+#include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTextStream>
 
 #include <cstdio>
+#include <optional>
 
 namespace {
 
@@ -29,6 +34,11 @@ QTextStream& err() {
 }
 
 bool showTrace = false;
+
+const QStringList kSubcommands = {QStringLiteral("list"),    QStringLiteral("raw"),
+                                  QStringLiteral("demo"),    QStringLiteral("sweep"),
+                                  QStringLiteral("explain"), QStringLiteral("decode"),
+                                  QStringLiteral("learn")};
 
 void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
     if (type == QtDebugMsg) {
@@ -92,44 +102,132 @@ const char* const kDescription =
     "  dalctl demo                           representative requests for every family\n"
     "  dalctl sweep [FAMILY]                 every operation with sample arguments, with\n"
     "                                        its trace, on every family or the one named\n"
-    "  dalctl [--device D] [--json] explain [FILE|-]   annotate the trace lines of a log\n"
-    "  dalctl [--device D] decode TEXT|HEX   the operations that send one record\n\n"
-    "Arguments: integers in decimal or 0x-hex, booleans true/false, decimals, text, byte\n"
-    "buffers as hex, integer lists as 1,2,3, JSON objects as JSON text. Model records are\n"
+    "  dalctl explain [--device D] [--json] [--follow] [FILE|-]\n"
+    "                                        annotate the trace lines of a log\n"
+    "  dalctl decode [--device D] INPUT...|-|--file FILE\n"
+    "                                        the operations that send each record: hex, a\n"
+    "                                        family's text, a trace line, or records as\n"
+    "                                        dalctl prints them (text or --json lines)\n"
+    "  dalctl learn                          learn what explain and decode need now\n\n"
+    "Options go anywhere on the line; after \"--\" every argument is a value. Arguments:\n"
+    "integers in decimal or 0x-hex (negative ones too), booleans true/false, decimals, text,\n"
+    "byte buffers as hex, integer lists as 1,2,3, JSON objects as JSON text. Model records are\n"
     "built in; --model FILE.json overrides their scalar members by name.";
 
-int explain(const QStringList& call, int deviceType, bool json) {
+// The command line with its options taken out wherever they stand: an argument that starts
+// with a dash is an option unless it is "-" (standard input) or a negative number, and "--"
+// ends the options.
+struct CommandLine {
+    QStringList options{QCoreApplication::applicationFilePath()};
+    QStringList call;
+};
+
+CommandLine split(const QStringList& arguments, const QList<QCommandLineOption>& known) {
+    QStringList valued;
+    for (const QCommandLineOption& option : known)
+        if (!option.valueName().isEmpty())
+            valued += option.names();
+    CommandLine line;
+    bool ended = false;
+    for (int i = 1; i < arguments.size(); ++i) {
+        const QString& a = arguments[i];
+        const bool value = ended || a == QLatin1String("-") || !a.startsWith(QLatin1Char('-')) ||
+                           a.at(1).isDigit() || a.at(1) == QLatin1Char('.');
+        if (a == QLatin1String("--") && !ended) {
+            ended = true;
+        } else if (value) {
+            line.call << a;
+        } else {
+            line.options << a;
+            const QString name = a.mid(a.startsWith(QLatin1String("--")) ? 2 : 1);
+            if (valued.contains(name) && i + 1 < arguments.size())
+                line.options << arguments[++i];
+        }
+    }
+    return line;
+}
+
+int explain(const QStringList& call, int deviceType, bool json, bool follow) {
+    const QString usage =
+        QStringLiteral("usage: dalctl explain [--device D] [--json] [--follow] [FILE|-]");
     if (call.size() > 2)
-        return badInput(QStringLiteral("explain takes at most one file"),
-                        QStringLiteral("usage: dalctl [--device D] [--json] explain [FILE|-]"));
+        return badInput(QStringLiteral("explain takes at most one file"), usage);
     const QString name = call.value(1, QStringLiteral("-"));
-    std::FILE* in = name == QLatin1String("-") ? stdin : std::fopen(qPrintable(name), "rb");
-    if (!in)
-        return badInput(QStringLiteral("cannot read %1").arg(name), QString());
+    if (follow && name == QLatin1String("-"))
+        return badInput(QStringLiteral("--follow needs a FILE to follow"), usage);
+    QFile file(name);
+    const bool opened = name == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly)
+                                                   : file.open(QIODevice::ReadOnly);
+    if (!opened)
+        return badInput(QStringLiteral("cannot read %1: %2").arg(name, file.errorString()),
+                        QString());
     out().flush();
-    const bool read = explainStream(in, stdout, deviceType, json);
-    if (in != stdin)
-        std::fclose(in);
-    std::fflush(stdout);
+    const bool read = explainStream(file.handle(), stdout, deviceType, json, follow);
     return read ? 0 : badInput(QStringLiteral("error reading %1").arg(name), QString());
 }
 
-int decode(const QStringList& call, int deviceType) {
-    if (call.size() < 2)
-        return badInput(QStringLiteral("decode takes one record"),
-                        QStringLiteral("usage: dalctl [--device D] decode TEXT|HEX"));
-    const Decoded decoded = decodeRecord(call.mid(1).join(QLatin1Char(' ')), deviceType);
-    if (decoded.status == Decoded::BadInput)
-        return badInput(decoded.message, QString());
-    out() << decoded.message << '\n';
-    if (decoded.candidates.isEmpty())
-        out() << "no operation sends it\n";
-    for (const Candidate& c : decoded.candidates)
-        out() << "  " << (c.native.isEmpty() ? QString() : "native " + c.native + ": ") << c.text()
-              << '\n';
-    out().flush();
-    return decoded.status == Decoded::Found ? 0 : 1;
+int decode(const QStringList& call, const QString& fileName, std::optional<int> device) {
+    const QString usage =
+        QStringLiteral("usage: dalctl decode [--device D] INPUT...|-|--file FILE");
+    const bool stdIn = call.size() == 2 && call[1] == QLatin1String("-");
+    if (call.size() < 2 && fileName.isEmpty())
+        return badInput(QStringLiteral("decode takes a record: as arguments, - for standard "
+                                       "input, or --file FILE"),
+                        usage);
+    if (call.size() >= 2 && !fileName.isEmpty())
+        return badInput(QStringLiteral("decode takes its input either as arguments or from "
+                                       "--file, not both"),
+                        usage);
+    QByteArray input;
+    if (stdIn || !fileName.isEmpty()) {
+        QFile file(fileName);
+        const bool opened =
+            stdIn ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
+        if (!opened)
+            return badInput(QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString()),
+                            QString());
+        input = file.readAll();
+    } else {
+        input = call.mid(1).join(QLatin1Char(' ')).toUtf8();
+    }
+    const Decoded decoded = decodeInput(input, device);
+    if (!decoded.error.isEmpty())
+        return badInput(decoded.error, QString());
+    bool everyFound = true;
+    for (const Answer& answer : decoded.answers) {
+        out() << answer.text();
+        out().flush();
+        everyFound = everyFound && answer.found();
+    }
+    return everyFound ? 0 : 1;
 }
+
+// Learns every family's index and the accessories', and keeps them for later runs.
+int learn() {
+    QVector<int> indexes{engine::kAccessories};
+    for (const QString& name : familyNames()) {
+        int code = 0;
+        deviceTypeFromText(name, code);
+        indexes << code;
+    }
+    for (int index : indexes) {
+        engine::learn(index);
+        if (!QFile::exists(engine::keptFile(index))) {
+            err() << "dalctl: cannot keep what was learnt in " << engine::cacheDirectory() << '\n';
+            return 1;
+        }
+    }
+    out() << "learnt " << indexes.size() << " indexes, kept in " << engine::cacheDirectory()
+          << '\n';
+    return 0;
+}
+
+// An option that only some commands read; "" stands for an operation.
+struct OnlyFor {
+    const QCommandLineOption& option;
+    QStringList commands;
+    const char* owners;
+};
 
 } // namespace
 
@@ -137,10 +235,10 @@ int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("dalctl"));
     qInstallMessageHandler(handleMessage);
+    engine::setCacheDirectory(QStandardPaths::writableLocation(QStandardPaths::CacheLocation));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QString::fromLatin1(kDescription));
-    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption deviceOption(QStringLiteral("device"),
                                           QStringLiteral("Device family or type code."),
@@ -167,41 +265,73 @@ int main(int argc, char** argv) {
     const QCommandLineOption modelOption(QStringLiteral("model"),
                                          QStringLiteral("Override model members from JSON."),
                                          QStringLiteral("FILE.json"));
+    const QCommandLineOption timeoutOption(QStringLiteral("timeout"),
+                                           QStringLiteral("raw: the reply time-out."),
+                                           QStringLiteral("MS"));
+    const QCommandLineOption textOption(
+        QStringLiteral("text"), QStringLiteral("raw: the text payload."), QStringLiteral("TEXT"));
+    const QCommandLineOption followOption(
+        QStringLiteral("follow"), QStringLiteral("explain: keep reading as the log grows."));
+    const QCommandLineOption fileOption(QStringLiteral("file"),
+                                        QStringLiteral("decode: read the input from FILE."),
+                                        QStringLiteral("FILE"));
     parser.addOptions({deviceOption, subtypeOption, connectOption, toneFlagOption,
-                       toneVersionOption, localIpOption, jsonOption, traceOption, modelOption});
+                       toneVersionOption, localIpOption, jsonOption, traceOption, modelOption,
+                       timeoutOption, textOption, followOption, fileOption});
 
-    if (!parser.parse(QCoreApplication::arguments()))
+    const CommandLine line =
+        split(QCoreApplication::arguments(),
+              {deviceOption, subtypeOption, connectOption, toneFlagOption, toneVersionOption,
+               localIpOption, modelOption, timeoutOption, textOption, fileOption});
+    if (!parser.parse(line.options))
         return badInput(parser.errorText(), parser.helpText());
     if (parser.isSet(helpOption)) {
         out() << parser.helpText();
         return 0;
     }
-    const QStringList call = parser.positionalArguments();
+    const QStringList call = line.call;
     if (call.isEmpty())
         return badInput(QStringLiteral("no operation given"), parser.helpText());
+    const QString command = call.first();
+    const OnlyFor limited[] = {{timeoutOption, {QStringLiteral("raw")}, "raw"},
+                               {textOption, {QStringLiteral("raw")}, "raw"},
+                               {followOption, {QStringLiteral("explain")}, "explain"},
+                               {fileOption, {QStringLiteral("decode")}, "decode"},
+                               {jsonOption,
+                                {QString(), QStringLiteral("raw"), QStringLiteral("explain")},
+                                "an operation, raw and explain"}};
+    const QString kind = kSubcommands.contains(command) ? command : QString();
+    for (const OnlyFor& only : limited)
+        if (parser.isSet(only.option) && !only.commands.contains(kind))
+            return badInput(
+                QStringLiteral("--%1 is an option of %2, not of %3")
+                    .arg(only.option.names().first(), QString::fromLatin1(only.owners), command),
+                QString());
 
-    showTrace = parser.isSet(traceOption) || call.first() == QLatin1String("sweep");
+    showTrace = parser.isSet(traceOption) || command == QLatin1String("sweep");
     if (!showTrace)
         QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
 
-    if (call.first() == QLatin1String("list")) {
+    if (command == QLatin1String("list")) {
         if (call.size() > 2)
             return badInput(QStringLiteral("list takes at most one pattern"),
                             QStringLiteral("usage: dalctl list [PATTERN]"));
         listOperations(call.value(1));
         return 0;
     }
-    if (call.first() == QLatin1String("sweep")) {
+    if (command == QLatin1String("sweep")) {
         if (call.size() > 2 || !printSweep(out(), call.value(1)))
             return badInput(QStringLiteral("sweep takes at most one family: %1")
                                 .arg(familyNames().join(QLatin1Char(' '))),
                             QStringLiteral("usage: dalctl sweep [FAMILY]"));
         return 0;
     }
-    if (call.first() == QLatin1String("demo")) {
+    if (command == QLatin1String("demo")) {
         printDemo(out());
         return 0;
     }
+    if (command == QLatin1String("learn"))
+        return learn();
 
     DeviceSetting device;
     if (!deviceTypeFromText(parser.value(deviceOption), device.deviceType))
@@ -233,13 +363,26 @@ int main(int argc, char** argv) {
             return badInput(QStringLiteral("%1: %2").arg(file.fileName(), error), QString());
     }
 
-    if (call.first() == QLatin1String("explain"))
-        return explain(call, device.deviceType, parser.isSet(jsonOption));
-    if (call.first() == QLatin1String("decode"))
-        return decode(call, parser.isSet(deviceOption) ? device.deviceType : 0);
+    if (command == QLatin1String("explain"))
+        return explain(call, device.deviceType, parser.isSet(jsonOption),
+                       parser.isSet(followOption));
+    if (command == QLatin1String("decode"))
+        return decode(call, parser.value(fileOption),
+                      parser.isSet(deviceOption) ? std::optional<int>(device.deviceType)
+                                                 : std::nullopt);
 
+    QStringList request = call;
+    if (command == QLatin1String("raw")) {
+        // raw reads its own options, and every value after them
+        request = QStringList{command};
+        if (parser.isSet(timeoutOption))
+            request << QStringLiteral("--timeout=") + parser.value(timeoutOption);
+        if (parser.isSet(textOption))
+            request << QStringLiteral("--text=") + parser.value(textOption);
+        request << QStringLiteral("--") << call.mid(1);
+    }
     try {
-        printOutcome(runRequest(call, device, models), parser.isSet(jsonOption));
+        printOutcome(runRequest(request, device, models), parser.isSet(jsonOption));
     } catch (const UsageError& e) {
         return badInput(QString::fromLatin1(e.what()), e.usage);
     }
