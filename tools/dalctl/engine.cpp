@@ -86,7 +86,7 @@ bool runProbe(const Operation& op, const QStringList& arguments, int device, con
         sent << Sent{
             {Form::Head, nativeBytes(rawHead(rec).mid(2, kHeadSize), rec.arryDatablock), {}},
             formOf(rec),
-            {Form::Head, rawHead(rec), {}},
+            {Form::Frame, rawHead(rec), {}}, // compared byte by byte, as a frame is
             rec.deviceType,
             printed ? recordJson(rec) : QJsonObject()};
     for (const model_OsdParam& rec : outcome.osdRecords) {
