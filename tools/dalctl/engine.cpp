@@ -521,6 +521,26 @@ QString headPattern(const Shape& head) {
     return bytes.join(QLatin1Char(' '));
 }
 
+// Whether `c` says nothing that `other`, a reading of the same record, does not say too.
+bool coveredBy(const Candidate& c, const Candidate& other) {
+    return &c != &other && c.op == other.op && c.record == other.record &&
+           c.args.size() < other.args.size() &&
+           std::all_of(c.args.begin(), c.args.end(), [&](const QPair<QString, long long>& arg) {
+               return other.args.contains(arg);
+           });
+}
+
+// Two signatures of one operation (its branches) can both match a record, one of them
+// reading fewer of its arguments: only the fuller reading is kept.
+QVector<Candidate> fullest(const QVector<Candidate>& found) {
+    QVector<Candidate> kept;
+    for (const Candidate& c : found)
+        if (std::none_of(found.begin(), found.end(),
+                         [&](const Candidate& other) { return coveredBy(c, other); }))
+            kept << c;
+    return kept;
+}
+
 QStringList namesOf(const Operation& op, quint64 arguments) {
     QStringList names;
     for (int arg = 0; arg < op.argumentNames.size(); ++arg)
@@ -551,7 +571,7 @@ QVector<Candidate> byHead(int device, const QByteArray& native, const TagFilter&
         if (keep(s.tag) && readArguments(s.head, native, kHeadSize, c))
             found << c;
     }
-    return found;
+    return fullest(found);
 }
 
 QVector<Candidate> byForm(int device, Form::Kind kind, const QByteArray& bytes,
@@ -569,7 +589,7 @@ QVector<Candidate> byForm(int device, Form::Kind kind, const QByteArray& bytes,
         if (checked > 0 && readArguments(s.out, bytes, checked, c))
             found << c;
     }
-    return found;
+    return fullest(found);
 }
 
 QVector<Candidate> byText(int device, const QString& text, bool& shaped, const TagFilter& keep) {
@@ -583,7 +603,7 @@ QVector<Candidate> byText(int device, const QString& text, bool& shaped, const T
         if (searchText(s, text, c))
             found << c;
     }
-    return found;
+    return fullest(found);
 }
 
 QVector<SampleRecord> sampleRecords(int device, const Operation& op) {
