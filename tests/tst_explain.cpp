@@ -92,6 +92,8 @@ private slots:
     void traceLines();
     void readers_data();
     void readers();
+    void marks_data();
+    void marks();
 };
 
 void tst_explain::roundTrip_data() {
@@ -148,8 +150,7 @@ void tst_explain::roundTrip() {
         for (int k = 0; k < given->records.size(); ++k) {
             const model_Protocoldata& rec = given->records[k];
             // A dialect family with no form for the command: it goes out as its native head.
-            byHead += familyName(device) != QLatin1String("native") &&
-                      familyName(device) != QLatin1String("Cadex") &&
+            byHead += !QStringList{"native", "Cadex", "VantaZ"}.contains(familyName(device)) &&
                       formOf(rec).kind == Form::Head && className == QLatin1String("DalTarsel");
             verify(familyForm(rec), k + 1, distinct);
         }
@@ -277,6 +278,36 @@ void tst_explain::readers() {
     QCOMPARE(d.answers.size(), answers);
     QVERIFY2(d.error.isEmpty() == (answers > 0), qPrintable(d.error));
     QVERIFY2(text.contains(expected), qPrintable(text));
+}
+
+void tst_explain::marks_data() {
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<int>("device");
+    QTest::addColumn<QList<int>>("bytes"); // of the record's 8-byte head
+    QTest::addColumn<QStringList>("names");
+    // DAT2 carries the index, DAT3 (the block's length) varies with the name's length only.
+    QTest::newRow("block setter") << "DalTarsel::setSupplierName" << 0x700000 << QList<int>{4, 5}
+                                  << QStringList{"index", "name"};
+    QTest::newRow("fixed command") << "DalTarsel::setSupplierName" << 0x700000
+                                   << QList<int>{2, 3, 6, 7} << QStringList{"", "", "", ""};
+    QTest::newRow("address byte") << "DalTarsel::resetOutPortFPGA" << 0x250400
+                                  << QList<int>{0, 1, 4} << QStringList{"port", "", "port"};
+    QTest::newRow("keyboard") << "Dal_Pommet::setDevTypeLED" << engine::kAccessories
+                              << QList<int>{4, 5} << QStringList{"type", ""};
+}
+
+// The head bytes that each argument reaches, as the reference page marks them.
+void tst_explain::marks() {
+    QFETCH(QString, operation);
+    QFETCH(int, device);
+    QFETCH(QList<int>, bytes);
+    QFETCH(QStringList, names);
+    const QVector<const Operation*> ops = findOperations(operation);
+    QCOMPARE(ops.size(), 1);
+    const QVector<engine::SampleRecord> records = engine::sampleRecords(device, *ops.first());
+    QCOMPARE(records.size(), 1);
+    for (int i = 0; i < bytes.size(); ++i)
+        QCOMPARE(records[0].marks.value(bytes[i]).join(','), names[i]);
 }
 
 QTEST_GUILESS_MAIN(tst_explain)
