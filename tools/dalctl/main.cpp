@@ -1,4 +1,5 @@
 #include "decode.h"
+#include "doc.h"
 #include "engine.h"
 #include "explain.h"
 #include "records.h"
@@ -38,7 +39,7 @@ bool showTrace = false;
 const QStringList kSubcommands = {QStringLiteral("list"),    QStringLiteral("raw"),
                                   QStringLiteral("demo"),    QStringLiteral("sweep"),
                                   QStringLiteral("explain"), QStringLiteral("decode"),
-                                  QStringLiteral("learn")};
+                                  QStringLiteral("learn"),   QStringLiteral("doc")};
 
 void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
     if (type == QtDebugMsg) {
@@ -108,7 +109,8 @@ const char* const kDescription =
     "                                        the operations that send each record: hex, a\n"
     "                                        family's text, a trace line, or records as\n"
     "                                        dalctl prints them (text or --json lines)\n"
-    "  dalctl learn                          learn what explain and decode need now\n\n"
+    "  dalctl learn                          learn what explain and decode need now\n"
+    "  dalctl doc [--out FILE]               the protocol reference page (HTML)\n\n"
     "Options go anywhere on the line; after \"--\" every argument is a value. Arguments:\n"
     "integers in decimal or 0x-hex (negative ones too), booleans true/false, decimals, text,\n"
     "byte buffers as hex, integer lists as 1,2,3, JSON objects as JSON text. Model records are\n"
@@ -222,6 +224,20 @@ int learn() {
     return 0;
 }
 
+int doc(const QStringList& call, const QString& path) {
+    if (call.size() > 1)
+        return badInput(QStringLiteral("doc takes no arguments"),
+                        QStringLiteral("usage: dalctl doc [--out FILE]"));
+    if (path.isEmpty()) {
+        out().flush();
+        const QByteArray page = referencePage();
+        std::fwrite(page.constData(), 1, std::size_t(page.size()), stdout);
+        return 0;
+    }
+    QString error;
+    return writeReferencePage(path, error) ? 0 : badInput(error, QString());
+}
+
 // An option that only some commands read; "" stands for an operation.
 struct OnlyFor {
     const QCommandLineOption& option;
@@ -275,14 +291,17 @@ int main(int argc, char** argv) {
     const QCommandLineOption fileOption(QStringLiteral("file"),
                                         QStringLiteral("decode: read the input from FILE."),
                                         QStringLiteral("FILE"));
+    const QCommandLineOption outOption(QStringLiteral("out"),
+                                       QStringLiteral("doc: write the page to FILE."),
+                                       QStringLiteral("FILE"));
     parser.addOptions({deviceOption, subtypeOption, connectOption, toneFlagOption,
                        toneVersionOption, localIpOption, jsonOption, traceOption, modelOption,
-                       timeoutOption, textOption, followOption, fileOption});
+                       timeoutOption, textOption, followOption, fileOption, outOption});
 
     const CommandLine line =
         split(QCoreApplication::arguments(),
               {deviceOption, subtypeOption, connectOption, toneFlagOption, toneVersionOption,
-               localIpOption, modelOption, timeoutOption, textOption, fileOption});
+               localIpOption, modelOption, timeoutOption, textOption, fileOption, outOption});
     if (!parser.parse(line.options))
         return badInput(parser.errorText(), parser.helpText());
     if (parser.isSet(helpOption)) {
@@ -297,6 +316,7 @@ int main(int argc, char** argv) {
                                {textOption, {QStringLiteral("raw")}, "raw"},
                                {followOption, {QStringLiteral("explain")}, "explain"},
                                {fileOption, {QStringLiteral("decode")}, "decode"},
+                               {outOption, {QStringLiteral("doc")}, "doc"},
                                {jsonOption,
                                 {QString(), QStringLiteral("raw"), QStringLiteral("explain")},
                                 "an operation, raw and explain"}};
@@ -332,6 +352,8 @@ int main(int argc, char** argv) {
     }
     if (command == QLatin1String("learn"))
         return learn();
+    if (command == QLatin1String("doc"))
+        return doc(call, parser.value(outOption));
 
     DeviceSetting device;
     if (!deviceTypeFromText(parser.value(deviceOption), device.deviceType))
