@@ -13,7 +13,8 @@ PACKAGES   := cmake g++ make pkg-config qtbase5-dev qt6-base-dev
 SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 CTEST      := ctest --output-on-failure -j $(JOBS)
 
-.PHONY: all deps build build-asan build-tsan build-qt6 demo test test-plain test-asan test-tsan test-qt6 bench fuzz clean
+.PHONY: all deps browser build build-asan build-tsan build-qt6 demo reference test test-plain \
+        test-asan test-tsan test-qt6 bench fuzz clean
 
 all: build
 
@@ -26,6 +27,10 @@ deps:
 	  $(SUDO) apt-get update -q && \
 	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -q --no-install-recommends $$missing; \
 	fi
+
+# The reference page's test renders it in a real browser.
+browser:
+	$(MAKE) deps PACKAGES=chromium
 
 build: deps
 	cmake -S . -B $(BUILD) -DDAL_QT=5 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDAL_WERROR=ON
@@ -48,30 +53,36 @@ build-qt6: build
 demo: build
 	$(BUILD)/dalctl demo
 
-test-plain: build
+reference: build
+	$(BUILD)/dalctl doc --out $(BUILD)/reference.html
+	@echo "wrote $(BUILD)/reference.html"
+
+test-plain: build browser
 	cd $(BUILD) && $(CTEST)
 
-test-asan: build-asan
+test-asan: build-asan browser
 	cd $(ASAN_BUILD) && \
 	  ASAN_OPTIONS=halt_on_error=1:detect_leaks=1 \
 	  UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 $(CTEST)
 
-test-tsan: build-tsan
+test-tsan: build-tsan browser
 	cd $(TSAN_BUILD) && \
 	  TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.supp \
 	  $(CTEST)
 
-test-qt6: build-qt6
+test-qt6: build-qt6 browser
 	cd $(QT6_BUILD) && $(CTEST)
 
 test: test-plain test-asan test-tsan test-qt6
 
-bench: deps
+bench: deps browser
 	$(MAKE) deps PACKAGES=libbenchmark-dev
 	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DDAL_BENCH=ON -DDAL_WERROR=ON
-	cmake --build $(BENCH_BUILD) -j $(JOBS) --target dal_bench explain_bench
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target dalctl dal_bench explain_bench
 	$(BENCH_BUILD)/bench/dal_bench
 	$(BENCH_BUILD)/bench/explain_bench
+	bench/first_answer.sh $(BENCH_BUILD)/dalctl
+	bench/reference_keystroke.sh $(BENCH_BUILD)/dalctl 10
 
 fuzz: deps
 	$(MAKE) deps PACKAGES="clang libclang-rt-14-dev"
