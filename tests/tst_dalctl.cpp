@@ -83,7 +83,8 @@ void tst_dalctl::badInput_data() {
         << QStringList{"decode", "6a03000000", "--file", "x"} << "not both";
     QTest::newRow("decode, unreadable file")
         << QStringList{"decode", "--file", "/nonexistent/r.txt"} << "cannot read";
-    QTest::newRow("decode, bad input") << QStringList{"decode", "6a03"} << "too few";
+    QTest::newRow("doc into no folder")
+        << QStringList{"doc", "--out", "/nonexistent/r.html"} << "cannot write /nonexistent/r.html";
     QTest::newRow("follow standard input")
         << QStringList{"explain", "--follow", "-"} << "--follow needs a FILE";
 }

@@ -242,8 +242,6 @@ void tst_explain::readers_data() {
                                  << "5-byte head, native 6a 03 00 00 00: getComBoardVer() [native";
     QTest::newRow("text of two families")
         << QByteArray("Command=GetAllDecoder") << "" << 1 << "geth264inputip() [T9 NV]";
-    QTest::newRow("unsent head") << QByteArray("0312070000") << "native" << 1
-                                 << "5-byte head, native 03 12 07 00 00: no operation sends it";
 
     QTest::newRow("empty") << QByteArray(" \n") << "" << 0 << "nothing to decode";
     QTest::newRow("binary") << QByteArray("6a\0\x01", 4) << "" << 0 << "binary data";
