@@ -294,14 +294,13 @@ int main(int argc, char** argv) {
     const QCommandLineOption outOption(QStringLiteral("out"),
                                        QStringLiteral("doc: write the page to FILE."),
                                        QStringLiteral("FILE"));
-    parser.addOptions({deviceOption, subtypeOption, connectOption, toneFlagOption,
-                       toneVersionOption, localIpOption, jsonOption, traceOption, modelOption,
-                       timeoutOption, textOption, followOption, fileOption, outOption});
+    const QList<QCommandLineOption> options = {
+        deviceOption,  subtypeOption, connectOption, toneFlagOption, toneVersionOption,
+        localIpOption, jsonOption,    traceOption,   modelOption,    timeoutOption,
+        textOption,    followOption,  fileOption,    outOption};
+    parser.addOptions(options);
 
-    const CommandLine line =
-        split(QCoreApplication::arguments(),
-              {deviceOption, subtypeOption, connectOption, toneFlagOption, toneVersionOption,
-               localIpOption, modelOption, timeoutOption, textOption, fileOption, outOption});
+    const CommandLine line = split(QCoreApplication::arguments(), options);
     if (!parser.parse(line.options))
         return badInput(parser.errorText(), parser.helpText());
     if (parser.isSet(helpOption)) {

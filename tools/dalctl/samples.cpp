@@ -1,29 +1,49 @@
 #include "samples.h"
 
-QString sampleArgument(const QString& type) {
-    if (type.contains(QLatin1String("int*")))
-        return QStringLiteral("1,2");
-    if (type.contains(QLatin1String("*")) || type.contains(QLatin1String("QByteArray")))
-        return QStringLiteral("0102030405060708");
-    if (type.contains(QLatin1String("bool")))
-        return QStringLiteral("true");
-    if (type.contains(QLatin1String("double")) || type.contains(QLatin1String("float")))
-        return QStringLiteral("1.5");
-    if (type.contains(QLatin1String("QJsonObject")))
-        return QStringLiteral("{}");
-    if (type.contains(QLatin1String("QList")) || type.contains(QLatin1String("QVector")))
-        return QStringLiteral("1,2");
-    if (type.contains(QLatin1String("QStringList")))
-        return QStringLiteral("a,b");
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+// Per kind of parameter type, the first that the type's name contains: the sample argument
+// and a second one, of another length where the type has one.
+struct Samples {
+    const char* type;
+    const char* first;
+    const char* second;
+};
+
+const Samples kSamples[] = {
+    {"int*", "1,2", "3,4,5"},
+    {"*", "0102030405060708", "0a0b0c"},
+    {"QByteArray", "0102030405060708", "0a0b0c"},
+    {"bool", "true", "false"},
+    {"double", "1.5", "2.25"},
+    {"float", "1.5", "2.25"},
+    {"QJsonObject", "{}", "{\"a\":2}"},
+    {"QList", "1,2", "3,4,5"},
+    {"QVector", "1,2", "3,4,5"},
+    {"QStringList", "a,b", "c"},
     // Beyond ASCII, with a quote, so that encodings and the trace line's escaping are exercised.
-    if (type.contains(QLatin1String("QString")))
-        return QStringLiteral("t\u00e9xt \"\u2713\"");
-    if (type.contains(QLatin1String("model_OsdParam")))
-        return QStringLiteral(
-            "{\"header\":\"0102030405060708090a0b\",\"tag\":\"t\",\"payload\":\"a1b2\"}");
-    if (type.contains(QLatin1String("model_Protocoldata")))
-        return QStringLiteral("{\"head\":\"00006a0300000000\",\"timeout\":3000}");
-    return QStringLiteral("1");
+    {"QString", "t\u00e9xt \"\u2713\"", "ab"},
+    {"model_OsdParam", "{\"header\":\"0102030405060708090a0b\",\"tag\":\"t\",\"payload\":\"a1b2\"}",
+     nullptr},
+    {"model_Protocoldata", "{\"head\":\"00006a0300000000\",\"timeout\":3000}", nullptr},
+    {"", "1", nullptr}, // the integers
+};
+
+const Samples& samplesOf(const QString& type) {
+    return *std::find_if(std::begin(kSamples), std::end(kSamples),
+                         [&](const Samples& s) { return type.contains(QLatin1String(s.type)); });
+}
+
+} // namespace
+
+QString sampleArgument(const QString& type) { return QString::fromUtf8(samplesOf(type).first); }
+
+QString otherArgument(const QString& type) {
+    const Samples& samples = samplesOf(type);
+    return QString::fromUtf8(samples.second ? samples.second : samples.first);
 }
 
 QStringList sampleCall(const Operation& op) {
@@ -31,23 +51,4 @@ QStringList sampleCall(const Operation& op) {
     for (const QString& type : op.argumentTypes)
         call << sampleArgument(type);
     return call;
-}
-
-QString otherArgument(const QString& type) {
-    if (type.contains(QLatin1String("*")) && !type.contains(QLatin1String("int*")))
-        return QStringLiteral("0a0b0c");
-    if (type.contains(QLatin1String("QByteArray")))
-        return QStringLiteral("0a0b0c");
-    if (type.contains(QLatin1String("double")) || type.contains(QLatin1String("float")))
-        return QStringLiteral("2.25");
-    if (type.contains(QLatin1String("QJsonObject")))
-        return QStringLiteral("{\"a\":2}");
-    if (type.contains(QLatin1String("QStringList")))
-        return QStringLiteral("c");
-    if (type.contains(QLatin1String("QString")))
-        return QStringLiteral("ab");
-    if (type.contains(QLatin1String("int*")) || type.contains(QLatin1String("QList")) ||
-        type.contains(QLatin1String("QVector")))
-        return QStringLiteral("3,4,5");
-    return sampleArgument(type);
 }
