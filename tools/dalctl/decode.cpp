@@ -164,11 +164,6 @@ struct Item {
     QByteArray line; // a trace line
 };
 
-bool isHex(const QString& text) {
-    static const QRegularExpression hex(QStringLiteral("^([0-9A-Fa-f]{2})*$"));
-    return hex.match(text).hasMatch();
-}
-
 // The lines of dalctl's printout of a record.
 struct Patterns {
     const QRegularExpression record{
@@ -216,8 +211,7 @@ public:
             else if (line.startsWith(QLatin1Char('{')))
                 ok = readJson(line, items, strayJson);
             else if (readTraceLine(lines[at].toUtf8()).status != TracedRecord::NotTrace)
-                items << Item{Item::Trace,       where(QStringLiteral("trace line")), false, {}, {},
-                              lines[at].toUtf8()};
+                items << traceItem();
             if (!ok) {
                 error = problem;
                 return false;
@@ -277,6 +271,8 @@ private:
             return whole ? fail(what + QStringLiteral(" is cut: its arryDatablock line is missing"))
                          : true;
         ++at;
+        if (!isHexPairs(m.captured(2)))
+            return fail(what + QStringLiteral(" is garbled: its data block is not hex pairs"));
         rec.arryDatablock = QByteArray::fromHex(m.captured(2).toLatin1());
         if (rec.arryDatablock.size() != m.captured(1).toInt())
             return fail(QStringLiteral("%1 is cut: it says %2 bytes but holds %3")
@@ -305,6 +301,14 @@ private:
         return true;
     }
 
+    Item traceItem() const {
+        Item item;
+        item.kind = Item::Trace;
+        item.what = where(QStringLiteral("trace line"));
+        item.line = lines[at].toUtf8();
+        return item;
+    }
+
     bool readHeadless(QVector<Item>& items) {
         Item item;
         item.what = where(QStringLiteral("head"));
@@ -326,6 +330,8 @@ private:
         if (!payload.hasMatch())
             return fail(item.what + QStringLiteral(" is cut: its payload line is missing"));
         ++at;
+        if (!isHexPairs(payload.captured(2)))
+            return fail(item.what + QStringLiteral(" is garbled: its payload is not hex pairs"));
         const QByteArray head = QByteArray::fromHex(header.captured(1).toLatin1());
         std::copy(head.begin(), head.end(), item.osd.frameHead);
         item.osd.payload = QByteArray::fromHex(payload.captured(2).toLatin1());
@@ -405,7 +411,7 @@ Decoded decodeWhole(const QByteArray& input, std::optional<int> device, const QS
     if (compact.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
         compact = compact.mid(2);
     Decoded d;
-    if (isHex(compact)) {
+    if (isHexPairs(compact)) {
         const QByteArray bytes = QByteArray::fromHex(compact.toLatin1());
         const QVector<Reading> readings = hexReadings(bytes, device);
         if (readings.isEmpty())
@@ -442,6 +448,22 @@ Decoded decodeWhole(const QByteArray& input, std::optional<int> device, const QS
     return d;
 }
 
+Answer answerOf(const Item& item, std::optional<int> device) {
+    if (item.kind == Item::Osd)
+        return {item.what, osdReadings(formOf(item.osd).bytes)};
+    if (item.kind == Item::Trace) {
+        const TracedRecord traced = readTraceLine(item.line);
+        return {item.what,
+                {headReading(traced.tunnel ? QStringLiteral("trace, Cadex tunnel unwrapped")
+                                           : QStringLiteral("trace"),
+                             traced.native, device, false)}};
+    }
+    if (!item.deviceKnown)
+        return {item.what,
+                {headReading(QStringLiteral("8-byte head"), nativeOf(item.rec), device, true)}};
+    return {recordWhat(item), recordReadings(item.rec)};
+}
+
 } // namespace
 
 bool Answer::found() const {
@@ -469,7 +491,8 @@ QString Answer::text() const {
     return out;
 }
 
-Decoded decodeInput(const QByteArray& input, std::optional<int> device) {
+Decoded decodeInput(const QByteArray& input, std::optional<int> device,
+                    const std::function<void(const Answer&)>& each) {
     if (input.trimmed().isEmpty())
         return refuse(QStringLiteral("nothing to decode"));
     if (!validText(input))
@@ -480,45 +503,33 @@ Decoded decodeInput(const QByteArray& input, std::optional<int> device) {
     QString error, strayJson;
     if (!Printout(input).read(items, error, strayJson))
         return refuse(error);
-    if (items.isEmpty())
-        return decodeWhole(input, device, strayJson);
-    if (!strayJson.isEmpty())
+    if (!items.isEmpty() && !strayJson.isEmpty())
         return refuse(strayJson);
+    Decoded d = items.isEmpty() ? decodeWhole(input, device, strayJson) : Decoded();
     // Trace lines beside records are the records' own echo.
-    const bool records = std::any_of(items.begin(), items.end(),
-                                     [](const Item& i) { return i.kind != Item::Trace; });
-    Decoded d;
+    if (std::any_of(items.begin(), items.end(),
+                    [](const Item& i) { return i.kind != Item::Trace; }))
+        items.erase(std::remove_if(items.begin(), items.end(),
+                                   [](const Item& i) { return i.kind == Item::Trace; }),
+                    items.end());
+    // Everything is refused before anything is answered.
     for (const Item& item : items) {
-        if (item.kind == Item::Trace) {
-            if (!records) {
-                const TracedRecord traced = readTraceLine(item.line);
-                if (traced.status != TracedRecord::Read)
-                    return refuse(item.what + QStringLiteral(" is cut or garbled"));
-                d.answers << Answer{
-                    item.what,
-                    {headReading(traced.tunnel ? QStringLiteral("trace, Cadex tunnel "
-                                                                "unwrapped")
-                                               : QStringLiteral("trace"),
-                                 traced.native, device, false)}};
-            }
-            continue;
-        }
-        if (item.kind == Item::Osd) {
-            d.answers << Answer{item.what, osdReadings(formOf(item.osd).bytes)};
-            continue;
-        }
-        if (!item.deviceKnown) {
-            d.answers << Answer{
-                item.what,
-                {headReading(QStringLiteral("8-byte head"), nativeOf(item.rec), device, true)}};
-            continue;
-        }
-        if (device && familyName(*device) != familyName(item.rec.deviceType))
+        if (item.kind == Item::Trace && readTraceLine(item.line).status != TracedRecord::Read)
+            return refuse(item.what + QStringLiteral(" is cut or garbled"));
+        if (item.kind == Item::Record && item.deviceKnown && device &&
+            familyName(*device) != familyName(item.rec.deviceType))
             return refuse(
                 QStringLiteral("%1 went to a %2 device, not %3: leave out --device to "
                                "decode it as printed")
                     .arg(recordWhat(item), familyName(item.rec.deviceType), familyName(*device)));
-        d.answers << Answer{recordWhat(item), recordReadings(item.rec)};
+    }
+    if (each)
+        for (const Answer& answer : d.answers)
+            each(answer);
+    for (const Item& item : items) {
+        d.answers << answerOf(item, device);
+        if (each)
+            each(d.answers.last());
     }
     return d;
 }

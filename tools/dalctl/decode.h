@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
 #include <optional>
 
 // One operation found for a record, and the device families where it sends the record that
@@ -42,5 +43,8 @@ struct Decoded {
 // them, or as its --json lines (several allowed; trace lines beside them are their echoes and
 // are skipped); a printed head line with what follows it; trace lines of the generic send; or
 // else one native head and block, record head and block, frame or OSD frame in hex, or one
-// text that a family is sent. `device`, when given, is the family the records went to.
-Decoded decodeInput(const QByteArray& input, std::optional<int> device);
+// text that a family is sent. `device`, when given, is the family the records went to. Input
+// that cannot be read is refused before anything is decoded; then `each`, when given, is
+// called with each answer as soon as it is made.
+Decoded decodeInput(const QByteArray& input, std::optional<int> device,
+                    const std::function<void(const Answer&)>& each = {});

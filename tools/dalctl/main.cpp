@@ -192,15 +192,14 @@ int decode(const QStringList& call, const QString& fileName, std::optional<int> 
     } else {
         input = call.mid(1).join(QLatin1Char(' ')).toUtf8();
     }
-    const Decoded decoded = decodeInput(input, device);
-    if (!decoded.error.isEmpty())
-        return badInput(decoded.error, QString());
-    bool everyFound = true;
-    for (const Answer& answer : decoded.answers) {
+    const Decoded decoded = decodeInput(input, device, [](const Answer& answer) {
         out() << answer.text();
         out().flush();
-        everyFound = everyFound && answer.found();
-    }
+    });
+    if (!decoded.error.isEmpty())
+        return badInput(decoded.error, QString());
+    const bool everyFound = std::all_of(decoded.answers.begin(), decoded.answers.end(),
+                                        [](const Answer& answer) { return answer.found(); });
     return everyFound ? 0 : 1;
 }
 

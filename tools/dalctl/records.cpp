@@ -1,8 +1,8 @@
 #include "records.h"
 
 #include <QJsonValue>
-#include <QRegularExpression>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -25,10 +25,8 @@ QString hexCode(int code) {
            QString::number(code, 16).toUpper().rightJustified(6, QLatin1Char('0'));
 }
 
-// Hex digit pairs and nothing else; QByteArray::fromHex would skip anything else silently.
 bool bytesFromHex(const QJsonValue& value, QByteArray& bytes) {
-    static const QRegularExpression pairs(QStringLiteral("^([0-9A-Fa-f]{2})*$"));
-    if (!value.isString() || !pairs.match(value.toString()).hasMatch())
+    if (!value.isString() || !isHexPairs(value.toString()))
         return false;
     bytes = QByteArray::fromHex(value.toString().toLatin1());
     return true;
@@ -46,6 +44,13 @@ QString headHex(const model_Protocoldata& rec) {
 }
 
 } // namespace
+
+bool isHexPairs(const QString& text) {
+    return text.size() % 2 == 0 && std::all_of(text.begin(), text.end(), [](QChar c) {
+               return (c >= QLatin1Char('0') && c <= QLatin1Char('9')) ||
+                      (c.toLower() >= QLatin1Char('a') && c.toLower() <= QLatin1Char('f'));
+           });
+}
 
 QStringList familyNames() {
     QStringList names;

@@ -14,6 +14,10 @@ QString familyName(int deviceType);
 // Parses a family name or a device-type code (decimal or 0x-hex); false when it is neither.
 bool deviceTypeFromText(const QString& text, int& deviceType);
 
+// Whether `text` is hex digit pairs and nothing else (QByteArray::fromHex skips anything else
+// silently).
+bool isHexPairs(const QString& text);
+
 QString recordText(const model_Protocoldata& rec, int number);
 QJsonObject recordJson(const model_Protocoldata& rec);
 // One line for comparing the same request across families.
