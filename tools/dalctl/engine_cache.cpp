@@ -172,7 +172,7 @@ QByteArray identity() {
         dl_iterate_phdr(addObject, &objects);
         std::sort(objects.begin(), objects.end());
         QCryptographicHash hash(QCryptographicHash::Sha1);
-        hash.addData(kMagic, int(sizeof kMagic));
+        hash.addData(QByteArray(kMagic));
         for (const QByteArray& object : objects)
             hash.addData(QByteArray::number(object.size()) + ':' + object);
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
