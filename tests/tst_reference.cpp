@@ -183,6 +183,12 @@ private slots:
             QJsonDocument::fromJson(page.mid(start, page.indexOf("</script>", start) - start))
                 .object();
         data = embedded["operations"].toArray();
+        // Every record carries a list of argument names per head byte.
+        for (const QJsonValue& op : data)
+            for (const QJsonValue& result : arr(op, "results"))
+                for (const QJsonValue& rec : arr(result, "records"))
+                    QCOMPARE(arr(rec, "marks").size(),
+                             str(rec, rec["osd"].toBool() ? "header" : "head").size() / 2);
         for (const QJsonValue& family : embedded["families"].toArray())
             families << str(family, "name");
         QVERIFY(data.size() > 600);
