@@ -246,6 +246,8 @@ void tst_explain::readers_data() {
         << supplierHex << "native" << 1 << "8-byte head, native f0 58 05 04 00: setSupplierName";
     QTest::newRow("5-byte head") << QByteArray("6a03000000") << "" << 1
                                  << "5-byte head, native 6a 03 00 00 00: getComBoardVer() [native";
+    QTest::newRow("probe of one family") << QByteArray("6801000000") << "" << 1
+                                         << "Dal_Pommet::searchDeviceForT3() record 1/2 [T3]\n";
     QTest::newRow("text of two families")
         << QByteArray("Command=GetAllDecoder") << "" << 1 << "geth264inputip() [T9 NV]";
 
