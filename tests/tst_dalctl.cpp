@@ -1,3 +1,5 @@
+#include <QCryptographicHash>
+#include <QDataStream>
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -160,8 +162,11 @@ void tst_dalctl::follow() {
 
 // A kept index that does not read back whole is learnt anew, with the same answers.
 void tst_dalctl::keptIndex_data() {
-    QTest::addColumn<int>("cut"); // bytes kept of each file, or -1 to flip one in the middle
+    // bytes kept of each file; -1 flips one in the middle; -2 names an operation the registry
+    // does not have, under a digest that matches
+    QTest::addColumn<int>("cut");
     QTest::newRow("flipped byte") << -1;
+    QTest::newRow("unknown operation, digest right") << -2;
     QTest::newRow("cut short") << 100;
     QTest::newRow("empty") << 0;
 }
@@ -182,10 +187,19 @@ void tst_dalctl::keptIndex() {
     QVERIFY(file.open(QIODevice::ReadWrite));
     const QByteArray whole = file.readAll();
     QByteArray spoilt = whole;
-    if (cut < 0)
+    if (cut == -2) {
+        QDataStream in(whole);
+        QByteArray magic, payload, digest;
+        in >> magic >> payload >> digest;
+        payload.replace(4, 4, QByteArray("\x7f\xff\xff\xff", 4)); // the first signature's
+        spoilt.clear();
+        QDataStream out(&spoilt, QIODevice::WriteOnly);
+        out << magic << payload << QCryptographicHash::hash(payload, QCryptographicHash::Sha1);
+    } else if (cut == -1) {
         spoilt[spoilt.size() / 2] = char(~spoilt[spoilt.size() / 2]);
-    else
+    } else {
         spoilt.truncate(cut);
+    }
     QVERIFY(file.resize(0) && file.seek(0) && file.write(spoilt) == spoilt.size());
     file.close();
     const Run again = dalctl(call, {}, environment);
