@@ -231,6 +231,9 @@ void tst_explain::readers_data() {
     QTest::newRow("printout, two records")
         << version + "== next\n" + supplier << "" << 2
         << "  head, native f0 58 05 04 00: setSupplierName(index=5)";
+    QTest::newRow("16-bit argument and another")
+        << printed({"setBoardBrightness", "3000", "2", "1000"}, "native") << "" << 1
+        << "setBoardBrightness(p2=2, p3=1000)";
     QTest::newRow("json lines") << "{\"returned\":\"x\"}\n" +
                                        printed({"getComBoardVer"}, "T3", true)
                                 << "" << 1 << "JSON record (line 2): device 0x250400 (T3)";
@@ -239,7 +242,8 @@ void tst_explain::readers_data() {
     QTest::newRow("Cadex tunnel")
         << QByteArray("---addToQueue----CMD= \"f1\" ---DAT1= \"5d\" ---DAT2= \"0\" ---DAT3= \"6\" "
                       "---DAT4= \"0\" ---arryDatablock= \"900302000095\" ---Datablock= \"\"")
-        << "Cadex" << 1 << "trace, Cadex tunnel unwrapped, native 90 03 02 00 00: getEDIDForT9";
+        << "Cadex" << 1
+        << "trace, Cadex tunnel unwrapped, native 90 03 02 00 00: getEDIDForT9(p2=2, p3=0)";
     QTest::newRow("head line") << QByteArray("  head: 00 00 6a 03 00 00 00 00") << "T3" << 1
                                << "8-byte head, native 6a 03 00 00 00: getComBoardVer()";
     QTest::newRow("5- and 8-byte heads")
