@@ -54,13 +54,6 @@ QJsonArray marksOf(const QVector<QStringList>& marks) {
     return all;
 }
 
-QJsonArray noMarks(int bytes) {
-    QJsonArray all;
-    for (int i = 0; i < bytes; ++i)
-        all << QJsonArray();
-    return all;
-}
-
 // What the operation queues on one family: as the engine learnt it, or, for what the engine
 // does not learn (and a call that queues nothing), from a call of its own.
 QJsonObject resultOf(const Operation& op, const Column& column) {
@@ -82,12 +75,14 @@ QJsonObject resultOf(const Operation& op, const Column& column) {
             returned = outcome.returned;
             for (const model_Protocoldata& rec : outcome.records) {
                 QJsonObject record = recordJson(rec);
-                record.insert(QStringLiteral("marks"), noMarks(sizeof rec.cmdHead));
+                record.insert(QStringLiteral("marks"),
+                              marksOf(QVector<QStringList>(sizeof rec.cmdHead)));
                 records << record;
             }
             for (const model_OsdParam& rec : outcome.osdRecords) {
                 QJsonObject record = osdRecordJson(rec);
-                record.insert(QStringLiteral("marks"), noMarks(sizeof rec.frameHead));
+                record.insert(QStringLiteral("marks"),
+                              marksOf(QVector<QStringList>(sizeof rec.frameHead)));
                 records << record;
             }
         } catch (const std::exception& e) {
