@@ -237,12 +237,55 @@ int doc(const QStringList& call, const QString& path) {
     return writeReferencePage(path, error) ? 0 : badInput(error, QString());
 }
 
-// An option that only some commands read; "" stands for an operation.
-struct OnlyFor {
-    const QCommandLineOption& option;
-    QStringList commands;
+// Every option: its name, help, value and default, and the commands that read it (none: every
+// command; "an operation" stands for an operation).
+struct OptionRow {
+    const char* name;
+    const char* help;
+    const char* value;
+    const char* byDefault;
     const char* owners;
 };
+
+const OptionRow kOptions[] = {
+    {"device", "Device family or type code.", "CODE|FAMILY", "native", nullptr},
+    {"subtype", "Device sub-type code.", "CODE", "0", nullptr},
+    {"connect-type", "Link kind reported by the utility.", "N", "0", nullptr},
+    {"tone-flag", "Keyboard link confirmed (1) or not (0).", "N", "1", nullptr},
+    {"tone-ver", "Keyboard firmware version.", "TEXT", "", nullptr},
+    {"local-ip", "Local address setting.", "TEXT", "", nullptr},
+    {"json", "One JSON object per record per line.", "", "", "an operation, raw and explain"},
+    {"trace", "Show the library's trace lines.", "", "", nullptr},
+    {"model", "Override model members from JSON.", "FILE.json", "", nullptr},
+    {"timeout", "raw: the reply time-out.", "MS", "", "raw"},
+    {"text", "raw: the text payload.", "TEXT", "", "raw"},
+    {"follow", "explain: keep reading as the log grows.", "", "", "explain"},
+    {"file", "decode: read the input from FILE.", "FILE", "", "decode"},
+    {"out", "doc: write the page to FILE.", "FILE", "", "doc"},
+};
+
+QList<QCommandLineOption> options() {
+    QList<QCommandLineOption> all;
+    for (const OptionRow& row : kOptions)
+        all << QCommandLineOption(QString::fromLatin1(row.name), QString::fromLatin1(row.help),
+                                  QString::fromLatin1(row.value),
+                                  QString::fromLatin1(row.byDefault));
+    return all;
+}
+
+// The first option given that `command` does not read, with the commands that do; empty when
+// there is none.
+QString foreignOption(const QCommandLineParser& parser, const QString& command) {
+    const QString kind = kSubcommands.contains(command) ? command : QStringLiteral("an operation");
+    for (const OptionRow& row : kOptions) {
+        const QString owners = QString::fromLatin1(row.owners);
+        if (row.owners && parser.isSet(QString::fromLatin1(row.name)) &&
+            !owners.split(QRegularExpression(QStringLiteral(", | and "))).contains(kind))
+            return QStringLiteral("--%1 is an option of %2, not of %3")
+                .arg(QString::fromLatin1(row.name), owners, command);
+    }
+    return QString();
+}
 
 } // namespace
 
@@ -255,51 +298,9 @@ int main(int argc, char** argv) {
     QCommandLineParser parser;
     parser.setApplicationDescription(QString::fromLatin1(kDescription));
     const QCommandLineOption helpOption = parser.addHelpOption();
-    const QCommandLineOption deviceOption(QStringLiteral("device"),
-                                          QStringLiteral("Device family or type code."),
-                                          QStringLiteral("CODE|FAMILY"), QStringLiteral("native"));
-    const QCommandLineOption subtypeOption(QStringLiteral("subtype"),
-                                           QStringLiteral("Device sub-type code."),
-                                           QStringLiteral("CODE"), QStringLiteral("0"));
-    const QCommandLineOption connectOption(QStringLiteral("connect-type"),
-                                           QStringLiteral("Link kind reported by the utility."),
-                                           QStringLiteral("N"), QStringLiteral("0"));
-    const QCommandLineOption toneFlagOption(
-        QStringLiteral("tone-flag"), QStringLiteral("Keyboard link confirmed (1) or not (0)."),
-        QStringLiteral("N"), QStringLiteral("1"));
-    const QCommandLineOption toneVersionOption(QStringLiteral("tone-ver"),
-                                               QStringLiteral("Keyboard firmware version."),
-                                               QStringLiteral("TEXT"));
-    const QCommandLineOption localIpOption(QStringLiteral("local-ip"),
-                                           QStringLiteral("Local address setting."),
-                                           QStringLiteral("TEXT"));
-    const QCommandLineOption jsonOption(QStringLiteral("json"),
-                                        QStringLiteral("One JSON object per record per line."));
-    const QCommandLineOption traceOption(QStringLiteral("trace"),
-                                         QStringLiteral("Show the library's trace lines."));
-    const QCommandLineOption modelOption(QStringLiteral("model"),
-                                         QStringLiteral("Override model members from JSON."),
-                                         QStringLiteral("FILE.json"));
-    const QCommandLineOption timeoutOption(QStringLiteral("timeout"),
-                                           QStringLiteral("raw: the reply time-out."),
-                                           QStringLiteral("MS"));
-    const QCommandLineOption textOption(
-        QStringLiteral("text"), QStringLiteral("raw: the text payload."), QStringLiteral("TEXT"));
-    const QCommandLineOption followOption(
-        QStringLiteral("follow"), QStringLiteral("explain: keep reading as the log grows."));
-    const QCommandLineOption fileOption(QStringLiteral("file"),
-                                        QStringLiteral("decode: read the input from FILE."),
-                                        QStringLiteral("FILE"));
-    const QCommandLineOption outOption(QStringLiteral("out"),
-                                       QStringLiteral("doc: write the page to FILE."),
-                                       QStringLiteral("FILE"));
-    const QList<QCommandLineOption> options = {
-        deviceOption,  subtypeOption, connectOption, toneFlagOption, toneVersionOption,
-        localIpOption, jsonOption,    traceOption,   modelOption,    timeoutOption,
-        textOption,    followOption,  fileOption,    outOption};
-    parser.addOptions(options);
+    parser.addOptions(options());
 
-    const CommandLine line = split(QCoreApplication::arguments(), options);
+    const CommandLine line = split(QCoreApplication::arguments(), options());
     if (!parser.parse(line.options))
         return badInput(parser.errorText(), parser.helpText());
     if (parser.isSet(helpOption)) {
@@ -310,23 +311,11 @@ int main(int argc, char** argv) {
     if (call.isEmpty())
         return badInput(QStringLiteral("no operation given"), parser.helpText());
     const QString command = call.first();
-    const OnlyFor limited[] = {{timeoutOption, {QStringLiteral("raw")}, "raw"},
-                               {textOption, {QStringLiteral("raw")}, "raw"},
-                               {followOption, {QStringLiteral("explain")}, "explain"},
-                               {fileOption, {QStringLiteral("decode")}, "decode"},
-                               {outOption, {QStringLiteral("doc")}, "doc"},
-                               {jsonOption,
-                                {QString(), QStringLiteral("raw"), QStringLiteral("explain")},
-                                "an operation, raw and explain"}};
-    const QString kind = kSubcommands.contains(command) ? command : QString();
-    for (const OnlyFor& only : limited)
-        if (parser.isSet(only.option) && !only.commands.contains(kind))
-            return badInput(
-                QStringLiteral("--%1 is an option of %2, not of %3")
-                    .arg(only.option.names().first(), QString::fromLatin1(only.owners), command),
-                QString());
+    const QString foreign = foreignOption(parser, command);
+    if (!foreign.isEmpty())
+        return badInput(foreign, QString());
 
-    showTrace = parser.isSet(traceOption) || command == QLatin1String("sweep");
+    showTrace = parser.isSet(QStringLiteral("trace")) || command == QLatin1String("sweep");
     if (!showTrace)
         QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
 
@@ -351,29 +340,30 @@ int main(int argc, char** argv) {
     if (command == QLatin1String("learn"))
         return learn();
     if (command == QLatin1String("doc"))
-        return doc(call, parser.value(outOption));
+        return doc(call, parser.value(QStringLiteral("out")));
 
     DeviceSetting device;
-    if (!deviceTypeFromText(parser.value(deviceOption), device.deviceType))
-        return badInput(QStringLiteral("unknown device %1").arg(parser.value(deviceOption)),
-                        QString());
+    if (!deviceTypeFromText(parser.value(QStringLiteral("device")), device.deviceType))
+        return badInput(
+            QStringLiteral("unknown device %1").arg(parser.value(QStringLiteral("device"))),
+            QString());
     try {
-        device.subType = static_cast<int>(
-            args::parseInteger(parser.value(subtypeOption), -0x80000000LL, 0x7FFFFFFFLL));
-        device.connectType =
-            static_cast<int>(args::parseInteger(parser.value(connectOption), 0, 0xFF));
-        device.toneFlag = static_cast<int>(
-            args::parseInteger(parser.value(toneFlagOption), -0x80000000LL, 0x7FFFFFFFLL));
+        device.subType = static_cast<int>(args::parseInteger(
+            parser.value(QStringLiteral("subtype")), -0x80000000LL, 0x7FFFFFFFLL));
+        device.connectType = static_cast<int>(
+            args::parseInteger(parser.value(QStringLiteral("connect-type")), 0, 0xFF));
+        device.toneFlag = static_cast<int>(args::parseInteger(
+            parser.value(QStringLiteral("tone-flag")), -0x80000000LL, 0x7FFFFFFFLL));
     } catch (const ArgError& e) {
         return badInput(QString::fromLatin1(e.what()), QString());
     }
 
-    device.toneVersion = parser.value(toneVersionOption);
-    device.localIp = parser.value(localIpOption);
+    device.toneVersion = parser.value(QStringLiteral("tone-ver"));
+    device.localIp = parser.value(QStringLiteral("local-ip"));
 
     Models models = Models::defaults();
-    if (parser.isSet(modelOption)) {
-        QFile file(parser.value(modelOption));
+    if (parser.isSet(QStringLiteral("model"))) {
+        QFile file(parser.value(QStringLiteral("model")));
         if (!file.open(QIODevice::ReadOnly))
             return badInput(QStringLiteral("cannot read model file %1: %2")
                                 .arg(file.fileName(), file.errorString()),
@@ -384,25 +374,25 @@ int main(int argc, char** argv) {
     }
 
     if (command == QLatin1String("explain"))
-        return explain(call, device.deviceType, parser.isSet(jsonOption),
-                       parser.isSet(followOption));
+        return explain(call, device.deviceType, parser.isSet(QStringLiteral("json")),
+                       parser.isSet(QStringLiteral("follow")));
     if (command == QLatin1String("decode"))
-        return decode(call, parser.value(fileOption),
-                      parser.isSet(deviceOption) ? std::optional<int>(device.deviceType)
-                                                 : std::nullopt);
+        return decode(call, parser.value(QStringLiteral("file")),
+                      parser.isSet(QStringLiteral("device")) ? std::optional<int>(device.deviceType)
+                                                             : std::nullopt);
 
     QStringList request = call;
     if (command == QLatin1String("raw")) {
         // raw reads its own options, and every value after them
         request = QStringList{command};
-        if (parser.isSet(timeoutOption))
-            request << QStringLiteral("--timeout=") + parser.value(timeoutOption);
-        if (parser.isSet(textOption))
-            request << QStringLiteral("--text=") + parser.value(textOption);
+        if (parser.isSet(QStringLiteral("timeout")))
+            request << QStringLiteral("--timeout=") + parser.value(QStringLiteral("timeout"));
+        if (parser.isSet(QStringLiteral("text")))
+            request << QStringLiteral("--text=") + parser.value(QStringLiteral("text"));
         request << QStringLiteral("--") << call.mid(1);
     }
     try {
-        printOutcome(runRequest(request, device, models), parser.isSet(jsonOption));
+        printOutcome(runRequest(request, device, models), parser.isSet(QStringLiteral("json")));
     } catch (const UsageError& e) {
         return badInput(QString::fromLatin1(e.what()), e.usage);
     }
