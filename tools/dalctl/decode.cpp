@@ -11,12 +11,9 @@
 
 namespace {
 
-constexpr int kHeadSize = 5;        // CMD DAT1 DAT2 DAT3 DAT4
 constexpr int kRecordHeadSize = 8;  // address, 0, CMD, DAT1..DAT4, spare
-constexpr int kOsdCommandAt = 4;    // an OSD header's command byte
 constexpr int kMaxText = 64 * 1024; // far longer than any text a family is sent
 constexpr int kShownText = 120;
-const QByteArray kFrameStart = QByteArray::fromHex("680000000168");
 const QByteArray kOsdMarker = QByteArray::fromHex("00fedc");
 const int kTextFamilies[] = {0x250300, 0x250400, 0x250502, 0x2D0000, 0x900000, 0x900001, 0x2C0104};
 
@@ -38,16 +35,6 @@ void add(Reading& reading, const QVector<Candidate>& found, const QString& famil
         if (!family.isEmpty() && !same->families.contains(family))
             same->families << family;
     }
-}
-
-QVector<int> familyCodes() {
-    QVector<int> codes;
-    for (const QString& name : familyNames()) {
-        int code = 0;
-        deviceTypeFromText(name, code);
-        codes << code;
-    }
-    return codes;
 }
 
 // A search run in every family a record may have gone to: the one given, or all of them, with
@@ -387,10 +374,8 @@ QString shown(const QString& text) {
 QString recordWhat(const Item& item) {
     if (!item.deviceKnown)
         return item.what;
-    return QStringLiteral("%1: device 0x%2 (%3)")
-        .arg(item.what,
-             QString::number(uint(item.rec.deviceType), 16).toUpper().rightJustified(6, '0'),
-             familyName(item.rec.deviceType));
+    return QStringLiteral("%1: device %2 (%3)")
+        .arg(item.what, deviceCodeText(item.rec.deviceType), familyName(item.rec.deviceType));
 }
 
 bool validText(const QByteArray& input) {

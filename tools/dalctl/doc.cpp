@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QLoggingCategory>
 #include <QSaveFile>
 
 // The page template is a resource of this static library.
@@ -20,31 +19,22 @@ const char kPlaceholder[] = "@DAL_REFERENCE_JSON@";
 
 struct Column {
     QString family;
+    int code;   // the family's device type; 0 for the OSD box, which has none
     int device; // the index the engine learnt the family's records in
     QString className;
 };
 
 QVector<Column> columns() {
     QVector<Column> all;
-    for (const QString& family : familyNames()) {
-        int device = 0;
-        deviceTypeFromText(family, device);
-        if (family == QLatin1String("keyboard"))
-            all << Column{family, engine::kAccessories, QStringLiteral("Dal_Pommet")};
+    const QStringList names = familyNames();
+    const QVector<int> codes = familyCodes();
+    for (int i = 0; i < names.size(); ++i)
+        if (names[i] == QLatin1String("keyboard"))
+            all << Column{names[i], codes[i], engine::kAccessories, QStringLiteral("Dal_Pommet")};
         else
-            all << Column{family, device, QStringLiteral("DalTarsel")};
-    }
-    all << Column{QStringLiteral("OSD"), engine::kAccessories, QStringLiteral("dal_Osd")};
+            all << Column{names[i], codes[i], codes[i], QStringLiteral("DalTarsel")};
+    all << Column{QStringLiteral("OSD"), 0, engine::kAccessories, QStringLiteral("dal_Osd")};
     return all;
-}
-
-QString deviceCode(const Column& column) {
-    if (column.className == QLatin1String("dal_Osd"))
-        return QString();
-    int device = 0;
-    deviceTypeFromText(column.family, device);
-    return QStringLiteral("0x") +
-           QString::number(device, 16).toUpper().rightJustified(6, QLatin1Char('0'));
 }
 
 QJsonArray marksOf(const QVector<QStringList>& marks) {
@@ -120,19 +110,16 @@ QByteArray scriptText(const QByteArray& json) {
 } // namespace
 
 QJsonObject referenceData() {
-    // The library's warnings about sample arguments are not the reader's business here.
-    QLoggingCategory* category = QLoggingCategory::defaultCategory();
-    const bool warnings = category->isWarningEnabled();
-    category->setEnabled(QtWarningMsg, false);
+    const Quiet quiet; // the library's warnings about sample arguments
     const QVector<Column> all = columns();
     QJsonArray families, ops;
     for (const Column& column : all)
-        families << QJsonObject{{QStringLiteral("name"), column.family},
-                                {QStringLiteral("deviceType"), deviceCode(column)},
-                                {QStringLiteral("class"), column.className}};
+        families << QJsonObject{
+            {QStringLiteral("name"), column.family},
+            {QStringLiteral("deviceType"), column.code ? deviceCodeText(column.code) : QString()},
+            {QStringLiteral("class"), column.className}};
     for (const Operation& op : operations())
         ops << operationOf(op, all);
-    category->setEnabled(QtWarningMsg, warnings);
     return {{QStringLiteral("format"), 1},
             {QStringLiteral("library"), QStringLiteral("libDAL_Manage " DAL_MANAGE_VERSION)},
             {QStringLiteral("qt"), QString::fromLatin1(qVersion())},

@@ -1,5 +1,6 @@
 #include "engine.h"
 
+#include "bytes.h"
 #include "engine_index.h"
 #include "model_osdparam.h"
 #include "model_protocoldata.h"
@@ -7,7 +8,6 @@
 #include "samples.h"
 #include "session.h"
 
-#include <QLoggingCategory>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -18,9 +18,6 @@
 #include <mutex>
 
 namespace {
-
-constexpr int kHeadSize = 5; // CMD DAT1 DAT2 DAT3 DAT4
-const QByteArray kFrameStart = QByteArray::fromHex("680000000168");
 
 unsigned char byteAt(const QByteArray& bytes, int at) {
     return static_cast<unsigned char>(bytes[at]);
@@ -33,9 +30,8 @@ namespace engine {
 namespace {
 
 constexpr int kNative = 0x700000;
-constexpr int kOsdCommandAt = 4; // an OSD header's command byte
-constexpr int kNobody = -1;      // a probe that changes no argument (only model members)
-constexpr int kModelProbe = 7;   // the value every numeric model member takes in one probe
+constexpr int kNobody = -1;    // a probe that changes no argument (only model members)
+constexpr int kModelProbe = 7; // the value every numeric model member takes in one probe
 constexpr int kMaxBranches = 8;
 
 quint64 bitOf(int arg) { return arg < 64 ? quint64(1) << arg : ~quint64(0); }
@@ -280,24 +276,6 @@ QString skeleton(const QString& text) {
 }
 
 // ---- the index of one device ------------------------------------------------------------------
-
-// Keeps the library's trace and warnings out of the log while operations are tried.
-class Quiet {
-public:
-    Quiet() {
-        category->setEnabled(QtDebugMsg, false);
-        category->setEnabled(QtWarningMsg, false);
-    }
-    ~Quiet() {
-        category->setEnabled(QtDebugMsg, debug);
-        category->setEnabled(QtWarningMsg, warning);
-    }
-
-private:
-    QLoggingCategory* category = QLoggingCategory::defaultCategory();
-    bool debug = category->isDebugEnabled();
-    bool warning = category->isWarningEnabled();
-};
 
 // What is derived from the signatures rather than learnt: text skeletons and the CMD lookup.
 void complete(Index& index) {
@@ -628,13 +606,9 @@ QVector<SampleRecord> sampleRecords(int device, const Operation& op) {
 // included) in DAT3 and DAT4 and their sum in the last byte.
 bool isTunnel(const QByteArray& head, const QByteArray& block) {
     const int length = block.size();
-    if (head.size() < kHeadSize || byteAt(head, 0) != 0xF1 || byteAt(head, 1) != 0x5D ||
-        length <= kHeadSize || length != (byteAt(head, 3) | byteAt(head, 4) << 8))
-        return false;
-    unsigned sum = 0;
-    for (int i = 0; i < length - 1; ++i)
-        sum += byteAt(block, i);
-    return static_cast<unsigned char>(sum) == byteAt(block, length - 1);
+    return head.size() >= kHeadSize && byteAt(head, 0) == 0xF1 && byteAt(head, 1) == 0x5D &&
+           length > kHeadSize && length == (byteAt(head, 3) | byteAt(head, 4) << 8) &&
+           dal::withCheckSum(block.left(length - 1)) == block;
 }
 
 QByteArray nativeBytes(const QByteArray& head, const QByteArray& block) {

@@ -19,6 +19,11 @@ class model_OsdParam;
 // each integer or boolean argument, and the bytes and texts that change tell which argument
 // travels where. explain, decode and doc all read this one engine.
 
+constexpr int kHeadSize = 5;     // a native head: CMD DAT1 DAT2 DAT3 DAT4
+constexpr int kOsdCommandAt = 4; // an OSD header's command byte
+// VM6S and VantaZ frames start with these bytes.
+inline const QByteArray kFrameStart = QByteArray::fromHex("680000000168");
+
 // A record in the shape its family sends it: the native head CMD DAT1..DAT4 and data block
 // (a Cadex tunnel unwrapped), a dialect text, a VM6S or VantaZ frame, or an OSD frame.
 struct Form {

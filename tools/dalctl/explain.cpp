@@ -19,7 +19,6 @@
 
 namespace {
 
-constexpr int kHeadSize = 5; // CMD DAT1 DAT2 DAT3 DAT4
 const char kTraceLabel[] = "---addToQueue----CMD=";
 const char kNote[] = "  # dal: ";
 

@@ -205,12 +205,7 @@ int decode(const QStringList& call, const QString& fileName, std::optional<int> 
 
 // Learns every family's index and the accessories', and keeps them for later runs.
 int learn() {
-    QVector<int> indexes{engine::kAccessories};
-    for (const QString& name : familyNames()) {
-        int code = 0;
-        deviceTypeFromText(name, code);
-        indexes << code;
-    }
+    const QVector<int> indexes = QVector<int>{engine::kAccessories} + familyCodes();
     for (int index : indexes) {
         engine::learn(index);
         if (!QFile::exists(engine::keptFile(index))) {

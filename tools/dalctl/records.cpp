@@ -20,11 +20,6 @@ const std::pair<int, const char*> kAliases[] = {
     {0x2C0106, "Cadex"}, {0x2C0107, "Cadex"}, {0x2C0201, "VantaZ"},
 };
 
-QString hexCode(int code) {
-    return QStringLiteral("0x") +
-           QString::number(code, 16).toUpper().rightJustified(6, QLatin1Char('0'));
-}
-
 bool bytesFromHex(const QJsonValue& value, QByteArray& bytes) {
     if (!value.isString() || !isHexPairs(value.toString()))
         return false;
@@ -59,6 +54,18 @@ QStringList familyNames() {
     return names;
 }
 
+QVector<int> familyCodes() {
+    QVector<int> codes;
+    for (const auto& family : kFamilies)
+        codes << family.second;
+    return codes;
+}
+
+QString deviceCodeText(int code) {
+    return QStringLiteral("0x") +
+           QString::number(code, 16).toUpper().rightJustified(6, QLatin1Char('0'));
+}
+
 QString familyName(int deviceType) {
     for (const auto& family : kFamilies)
         if (family.second == deviceType)
@@ -89,7 +96,7 @@ QString recordText(const model_Protocoldata& rec, int number) {
     QString text = QStringLiteral("record %1: device %2 (%3), connect %4, dataType %5, msgCode %6, "
                                   "status %7, timeout %8\n")
                        .arg(number)
-                       .arg(hexCode(rec.deviceType), familyName(rec.deviceType))
+                       .arg(deviceCodeText(rec.deviceType), familyName(rec.deviceType))
                        .arg(rec.connectType)
                        .arg(rec.dataType)
                        .arg(rec.msgCode)
@@ -109,7 +116,7 @@ QString recordText(const model_Protocoldata& rec, int number) {
 
 QJsonObject recordJson(const model_Protocoldata& rec) {
     return QJsonObject{
-        {QStringLiteral("deviceType"), hexCode(rec.deviceType)},
+        {QStringLiteral("deviceType"), deviceCodeText(rec.deviceType)},
         {QStringLiteral("family"), familyName(rec.deviceType)},
         {QStringLiteral("connectType"), rec.connectType},
         {QStringLiteral("dataType"), rec.dataType},
@@ -132,7 +139,7 @@ QString recordSummary(const model_Protocoldata& rec) {
     text.replace(QLatin1Char('\r'), QLatin1String("\\r"))
         .replace(QLatin1Char('\n'), QLatin1String("\\n"));
     QString summary = QStringLiteral("%1 [%2] \"%3\" (%4)")
-                          .arg(hexCode(rec.deviceType), headHex(rec), text)
+                          .arg(deviceCodeText(rec.deviceType), headHex(rec), text)
                           .arg(rec.arryDatablock.size());
     if (!rec.arryDatablock.isEmpty())
         summary +=

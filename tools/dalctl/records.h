@@ -6,11 +6,16 @@
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 // The family names dalctl accepts, in order.
 QStringList familyNames();
+// Their device-type codes, in the same order.
+QVector<int> familyCodes();
 // The family name of a device-type code, as dalctl prints and accepts it.
 QString familyName(int deviceType);
+// A device-type code as dalctl prints it: "0x250400".
+QString deviceCodeText(int deviceType);
 // Parses a family name or a device-type code (decimal or 0x-hex); false when it is neither.
 bool deviceTypeFromText(const QString& text, int& deviceType);
 

@@ -153,3 +153,15 @@ Outcome runOperation(const Operation& op, const QStringList& arguments, const De
     setUp(device);
     return collect([&](Targets& targets) { return op.run(targets, arguments, models); });
 }
+
+Quiet::Quiet()
+    : category(QLoggingCategory::defaultCategory()), debug(category->isDebugEnabled()),
+      warning(category->isWarningEnabled()) {
+    category->setEnabled(QtDebugMsg, false);
+    category->setEnabled(QtWarningMsg, false);
+}
+
+Quiet::~Quiet() {
+    category->setEnabled(QtDebugMsg, debug);
+    category->setEnabled(QtWarningMsg, warning);
+}

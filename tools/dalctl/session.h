@@ -5,6 +5,7 @@
 #include "models.h"
 #include "registry.h"
 
+#include <QLoggingCategory>
 #include <QString>
 #include <QStringList>
 #include <QTextStream>
@@ -41,6 +42,21 @@ Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models 
 // Runs one operation with its arguments (no name) the same way. Throws ArgError on bad input.
 Outcome runOperation(const Operation& op, const QStringList& arguments, const DeviceSetting& device,
                      Models models);
+
+// Keeps the library's trace and warnings off the log while it lives, as operations are run
+// for what they send rather than for the user to watch.
+class Quiet {
+public:
+    Quiet();
+    ~Quiet();
+    Quiet(const Quiet&) = delete;
+    Quiet& operator=(const Quiet&) = delete;
+
+private:
+    QLoggingCategory* category;
+    bool debug;
+    bool warning;
+};
 
 // Prints the representative requests for every family.
 void printDemo(QTextStream& out);
