@@ -168,7 +168,6 @@ void tst_dalctl::keptIndex_data() {
     QTest::newRow("flipped byte") << -1;
     QTest::newRow("unknown operation, digest right") << -2;
     QTest::newRow("cut short") << 100;
-    QTest::newRow("empty") << 0;
 }
 
 void tst_dalctl::keptIndex() {

@@ -238,7 +238,6 @@ void tst_explain::readers_data() {
                                        printed({"getComBoardVer"}, "T3", true)
                                 << "" << 1 << "JSON record (line 2): device 0x250400 (T3)";
     QTest::newRow("trace echo skipped") << trace + version << "" << 1 << "getComBoardVer()";
-    QTest::newRow("trace line alone") << trace << "T3" << 1 << "trace, native 6a 03 00 00 00";
     QTest::newRow("Cadex tunnel")
         << QByteArray("---addToQueue----CMD= \"f1\" ---DAT1= \"5d\" ---DAT2= \"0\" ---DAT3= \"6\" "
                       "---DAT4= \"0\" ---arryDatablock= \"900302000095\" ---Datablock= \"\"")
@@ -248,8 +247,6 @@ void tst_explain::readers_data() {
                                << "8-byte head, native 6a 03 00 00 00: getComBoardVer()";
     QTest::newRow("5- and 8-byte heads")
         << supplierHex << "native" << 1 << "8-byte head, native f0 58 05 04 00: setSupplierName";
-    QTest::newRow("5-byte head") << QByteArray("6a03000000") << "" << 1
-                                 << "5-byte head, native 6a 03 00 00 00: getComBoardVer() [native";
     QTest::newRow("probe of one family") << QByteArray("6801000000") << "" << 1
                                          << "Dal_Pommet::searchDeviceForT3() record 1/2 [T3]\n";
     QTest::newRow("text of two families")

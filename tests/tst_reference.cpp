@@ -18,15 +18,14 @@ QJsonArray arr(const QJsonValue& v, const char* key) { return v[QLatin1String(ke
 
 // A record in one line, "HEAD | TIMEOUT | TEXT | BLOCK", a byte that arguments reach written
 // "01[scene]"; an OSD record's header and payload stand for head and block.
-QString describe(const QJsonObject& rec, bool withMarks) {
+QString describe(const QJsonObject& rec) {
     const QString head = str(rec, rec.contains("header") ? "header" : "head");
     QStringList bytes;
     for (int i = 0; i + 1 < head.size(); i += 2) {
         QStringList names;
         for (const QJsonValue& name : rec["marks"][i / 2].toArray())
             names << name.toString();
-        bytes << head.mid(i, 2) +
-                     (withMarks && !names.isEmpty() ? "[" + names.join(", ") + "]" : QString());
+        bytes << head.mid(i, 2) + (names.isEmpty() ? QString() : "[" + names.join(", ") + "]");
     }
     return QStringList{bytes.join(' '), QString::number(rec["timeout"].toInt()),
                        str(rec, "Datablock"),
@@ -218,11 +217,11 @@ private slots:
             for (const QJsonValue& result : arr(data[i], "results")) {
                 QStringList expected, rows, notes;
                 for (const QJsonValue& rec : arr(result, "records"))
-                    expected << describe(rec.toObject(), true);
+                    expected << describe(rec.toObject());
                 for (const Row& row : shown[i].rows)
                     if (row.family == str(result, "family"))
                         (row.record ? rows : notes)
-                            << (row.record ? describe(row.shown, true) : row.text);
+                            << (row.record ? describe(row.shown) : row.text);
                 QCOMPARE(rows, expected);
                 if (expected.isEmpty() && str(result, "refused").isEmpty())
                     QVERIFY2(notes.join(' ').contains("queues nothing"),
@@ -236,7 +235,7 @@ private slots:
                         call << str(arg, "sample");
                     for (const QByteArray& line : run(DALCTL_PATH, call).split('\n'))
                         if (!line.isEmpty())
-                            printed << describe(QJsonDocument::fromJson(line).object(), true);
+                            printed << describe(QJsonDocument::fromJson(line).object());
                     QCOMPARE(rows.join('\n').remove(QRegularExpression("\\[[^]]*\\]")),
                              printed.join('\n'));
                 }
