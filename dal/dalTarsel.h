@@ -28,13 +28,8 @@ public:
     // The container the KR2 family was last told to work on.
     int curContainerIndex = 0;
 
-#define DAL_SEND(name, params, ...) void name params;
 #define DAL_OP(ret, name, params) ret name params;
-#define DAL_STATIC(ret, name, params) static ret name params;
 #include "dalTarsel.def"
-#undef DAL_SEND
-#undef DAL_OP
-#undef DAL_STATIC
 
 signals:
     void showMessage(QString strInfo);

@@ -15,8 +15,5 @@ public:
     dal_Osd();
 
 #define DAL_OP(ret, name, params) ret name params;
-#define DAL_STATIC(ret, name, params) static ret name params;
 #include "dal_osd.def"
-#undef DAL_OP
-#undef DAL_STATIC
 };

@@ -197,12 +197,7 @@ void Dal_Pommet::f_SendCmd(int waitMs, unsigned char cmd, unsigned char dat1, un
     void Dal_Pommet::name params {                                                                 \
         f_SendCmd(wait, cmd, low(dat1), low(dat2), low(dat3), low(dat4), nullptr, 0);              \
     }
-#define DAL_OP(ret, name, params)
-#define DAL_STATIC(ret, name, params)
 #include "dal_pommet.def"
-#undef DAL_SEND
-#undef DAL_OP
-#undef DAL_STATIC
 
 // The pause is held inside the lock: it paces the keyboard against every producer.
 void Dal_Pommet::addToQueue(model_Protocoldata rec) {

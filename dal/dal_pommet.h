@@ -22,11 +22,6 @@ public:
     // Serialises the discovery probes so that their records never interleave.
     static std::mutex mute;
 
-#define DAL_SEND(name, params, ...) void name params;
 #define DAL_OP(ret, name, params) ret name params;
-#define DAL_STATIC(ret, name, params) static ret name params;
 #include "dal_pommet.def"
-#undef DAL_SEND
-#undef DAL_OP
-#undef DAL_STATIC
 };

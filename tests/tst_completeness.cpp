@@ -17,23 +17,26 @@ struct ListedOperation {
 };
 
 // clang-format off
-#define DAL_SEND(name, params, timeout, cmd, dat1, ...) {CLASS_NAME, #name #params, #cmd, #dat1},
-#define DAL_OP(ret, name, params) {CLASS_NAME, #name #params},
-#define DAL_STATIC(ret, name, params) {CLASS_NAME, #name #params},
+#define LISTED_SEND(name, params, timeout, cmd, dat1, ...) {CLASS_NAME, #name #params, #cmd, #dat1},
+#define LISTED_OP(ret, name, params) {CLASS_NAME, #name #params},
 const QVector<ListedOperation> kListed = {
 #define CLASS_NAME "DalTarsel"
+#define DAL_SEND LISTED_SEND
+#define DAL_OP LISTED_OP
 #include "dalTarsel.def"
 #undef CLASS_NAME
 #define CLASS_NAME "Dal_Pommet"
+#define DAL_SEND LISTED_SEND
+#define DAL_OP LISTED_OP
 #include "dal_pommet.def"
 #undef CLASS_NAME
 #define CLASS_NAME "dal_Osd"
+#define DAL_OP LISTED_OP
 #include "dal_osd.def"
 #undef CLASS_NAME
 };
-#undef DAL_SEND
-#undef DAL_OP
-#undef DAL_STATIC
+#undef LISTED_SEND
+#undef LISTED_OP
 // clang-format on
 
 // Operations that queue nothing by design: byte helpers, translators that return the record

@@ -1,5 +1,6 @@
 #include "dalTarsel.h"
 
+#include "../catalog/catalog_rows.h"
 #include "block_builder.h"
 
 #include <algorithm>
@@ -8,15 +9,9 @@ using blocks::Block;
 
 namespace {
 
-constexpr int kAllOutputs = 0xFF;
 constexpr int kPreviewBuffer = 1024;
 constexpr int kLoopTimingBytes = 144;
 constexpr int kLoopTimesBytes = 128;
-
-// DAT2 of a per-output command: the output, or 0xFF for the extra all-outputs index.
-int outputSelector(int output, const ModelTarsel& model) {
-    return output == model.getMaxOutputCount() ? kAllOutputs : output;
-}
 
 // DAT4 of a DE command: nothing, the high byte of the same member, or a second member.
 enum class High { None, SameMember, Polarity2 };
@@ -30,8 +25,8 @@ void sendDe(DalTarsel& dal, const char* operation, int output, const ModelTarsel
     const int dat4 = high == High::SameMember  ? (value >> 8) & 0xFF
                      : high == High::Polarity2 ? de.dePolarity2
                                                : 0;
-    dal.f_SendCmd(model.timeout, 0x86, dat1, outputSelector(output, model), value, dat4, nullptr, 0,
-                  QString());
+    dal.f_SendCmd(model.timeout, 0x86, dat1, rows::outputSelector(output, model), value, dat4,
+                  nullptr, 0, QString());
 }
 
 // A fixed-length bank-player block: DAT3 and DAT4 stay 0.
@@ -103,7 +98,7 @@ void DalTarsel::setOutPutBrightness(int output, ModelTarsel model) {
         !blocks::holds("setOutPutBrightness", "output", output, model.outputBrightness.size()))
         return;
     const int value = all ? model.allOutputsBrightness : model.outputBrightness.at(output);
-    f_SendCmd(model.timeout, 0x76, 0x20, outputSelector(output, model), value, 0, nullptr, 0,
+    f_SendCmd(model.timeout, 0x76, 0x20, rows::outputSelector(output, model), value, 0, nullptr, 0,
               QString());
 }
 

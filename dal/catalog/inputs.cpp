@@ -1,23 +1,13 @@
+// Inputs, USB media, HDR, preview, bank player and network: the members written out by hand.
+// The one-command rows are in catalog_rows.cpp.
 #include "catalog_rows.h"
+#include "dalTarsel.h"
 
 #include <QDebug>
 #include <QStringList>
 
 #include <algorithm>
 #include <vector>
-
-namespace {
-
-int highByte(int value) { return (value >> 8) & 0xFF; }
-
-// One octet of a dotted address such as "192.168.0.10"; a missing or non-numeric part is 0.
-int octet(const QString& address, int index) {
-    return address.section(QLatin1Char('.'), index, index).toInt();
-}
-
-} // namespace
-
-#include "inputs.def"
 
 namespace {
 
@@ -81,13 +71,13 @@ void DalTarsel::setAutoLoopTimes(ModelBankPlayer player) {
     std::vector<unsigned char> block;
     for (int times : player.autoLoopTimes) {
         block.push_back(static_cast<unsigned char>(times & 0xFF));
-        block.push_back(static_cast<unsigned char>(highByte(times)));
+        block.push_back(static_cast<unsigned char>(rows::highByte(times)));
     }
     const int len = static_cast<int>(block.size());
     block.push_back(0);
     setCheckSum(block.data(), len);
-    f_SendCmd(player.timeout, 0x8B, 0x20, 0x00, (len + 1) & 0xFF, highByte(len + 1), block.data(),
-              len + 1, QString());
+    f_SendCmd(player.timeout, 0x8B, 0x20, 0x00, (len + 1) & 0xFF, rows::highByte(len + 1),
+              block.data(), len + 1, QString());
 }
 
 void DalTarsel::getMac(int timeout) {

@@ -1,19 +1,7 @@
-// Output formats, EDID, timing, test patterns and DE: one native command each.
-#include "modeltarsel.h"
+// Output formats, EDID, timing, test patterns and DE: the members written out by hand. The
+// one-command rows are in catalog_rows.cpp.
+#include "dalTarsel.h"
 #include "utility_manage.h"
-
-namespace {
-
-// DAT2 of the per-output reads: the index one past the last output means every output.
-int outputSelector(int output, const ModelTarsel& model) {
-    return output == model.getMaxOutputCount() ? 0xFF : output;
-}
-
-} // namespace
-
-#include "catalog_rows.h"
-
-#include "outputs.def"
 
 // Width and height travel in a block: each 16 bits, low byte first, then the checksum.
 void DalTarsel::setOutCustomFormatWHForVM6S(int p1, int p2, int p3) {

@@ -1,25 +1,10 @@
+// Structured reads, family queries, output logos and PTZ: the members written out by hand. The
+// one-command rows are in catalog_rows.cpp.
 #include "catalog_rows.h"
-
+#include "dalTarsel.h"
 #include "utility_manage.h"
 
 #include <vector>
-
-namespace {
-
-int highByte(int value) { return (value >> 8) & 0xFF; }
-
-// The H.264 board reads of DAT1 0x20 other than IP and resolution: the board in the high
-// nibble, the item read in the low one.
-int boardItem(int board, int item) { return ((static_cast<unsigned>(board) << 4) | item) & 0xFF; }
-
-// A source's channel, as the stream reads address it: source times 8 plus channel 0..7.
-int sourceChannel(int source, int channel) {
-    return ((static_cast<unsigned>(source) * 8u) | (channel & 7)) & 0xFF;
-}
-
-} // namespace
-
-#include "queries.def"
 
 namespace {
 
@@ -58,7 +43,7 @@ void DalTarsel::geth264inputrtsp(ModelTarsel model, int source, int channel) {
     // Boards of type 0x220000 carry sixteen channels per source, the others eight.
     const int selector = Utility_Manage::getDeviceType() == kStreamBoardDevice
                              ? static_cast<int>(((s << 4) & 0xFF) | (channel & 15))
-                             : sourceChannel(source, channel);
+                             : rows::sourceChannel(source, channel);
     f_SendCmd(model.timeout, 0xF1, 0x25, selector, 0x00, 0x00, nullptr, 0, QString());
 }
 

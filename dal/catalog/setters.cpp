@@ -1,12 +1,6 @@
-// clang-format off
-#include "catalog_rows.h"
-#include "setters.def"
-// clang-format on
-#undef DAL_SEND
-#undef DAL_OP
-#undef DAL_STATIC
-
+// Data-block setters of CMD 0xF0: the members written out by hand.
 #include "../blocks/block_builder.h"
+#include "dalTarsel.h"
 
 #include <QStringList>
 

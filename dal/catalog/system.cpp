@@ -1,18 +1,6 @@
-// System settings, pages, scenes, takes, board information and logos: one native command each.
-#include "modeltarsel.h"
-
-namespace {
-
-// The stored work mode of an H.264 input; an input the model does not list reads as mode 0.
-int h264InputWorkModeOf(const ModelTarsel& model, int input) {
-    return model.h264InputWorkModes.value(input);
-}
-
-} // namespace
-
-#include "catalog_rows.h"
-
-#include "system.def"
+// System settings, pages, scenes, takes, board information and logos: the members written out
+// by hand. The one-command rows are in catalog_rows.cpp.
+#include "dalTarsel.h"
 
 void DalTarsel::setOutPortEdid(ModelTarsel) {}
 

@@ -14,35 +14,29 @@ namespace {
 
 QVector<Operation> buildOperations() {
     QVector<Operation> ops;
-#define DAL_OP(ret, name, params)                                                                  \
+// Each list undefines DAL_OP at its end, so it is pointed at the one expansion before each.
+#define REGISTER(ret, name, params)                                                                \
     ops << makeOperation(CLASS_NAME, #name, #params,                                               \
                          static_cast<ret(CLASS::*) params>(&CLASS::name));
-#define DAL_SEND(name, params, ...) DAL_OP(void, name, params)
-#define DAL_STATIC(ret, name, params)                                                              \
-    ops << makeOperation<CLASS>(CLASS_NAME, #name, #params,                                        \
-                                static_cast<ret(*) params>(&CLASS::name));
-
 #define CLASS DalTarsel
 #define CLASS_NAME "DalTarsel"
+#define DAL_OP REGISTER
 #include "dalTarsel.def"
 #undef CLASS
 #undef CLASS_NAME
-
 #define CLASS Dal_Pommet
 #define CLASS_NAME "Dal_Pommet"
+#define DAL_OP REGISTER
 #include "dal_pommet.def"
 #undef CLASS
 #undef CLASS_NAME
-
 #define CLASS dal_Osd
 #define CLASS_NAME "dal_Osd"
+#define DAL_OP REGISTER
 #include "dal_osd.def"
 #undef CLASS
 #undef CLASS_NAME
-
-#undef DAL_OP
-#undef DAL_SEND
-#undef DAL_STATIC
+#undef REGISTER
     return ops;
 }
 
