@@ -258,8 +258,8 @@ void DalTarsel::splitTwoByte(short value, unsigned char& low, unsigned char& hig
 }
 
 // Unsigned arithmetic keeps the spill of oversized components well defined (modulo 2^32).
-int DalTarsel::f_RGBtoInt(int r, int g, int b) {
-    return static_cast<int>((unsigned(r) << 16) + (unsigned(g) << 8) + unsigned(b));
+int DalTarsel::f_RGBtoInt(int red, int green, int blue) {
+    return static_cast<int>((unsigned(red) << 16) + (unsigned(green) << 8) + unsigned(blue));
 }
 
 namespace {

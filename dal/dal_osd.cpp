@@ -69,7 +69,7 @@ void dal_Osd::setOsdShowModel(int mode, QString tag) {
 
 // p2 then p1, both big-endian; the text's length byte wraps past 255; p11 is not sent.
 void dal_Osd::sendTextInfo(int p1, int p2, int p3, int p4, int p5, int p6, int p7, int p8, int p9,
-                           QString text, int, QString tag) {
+                           QString text, [[maybe_unused]] int p11, QString tag) {
     // ASCII, which every locale encoding writes as itself, goes straight into the payload.
     const bool ascii =
         std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() < 0x80; });

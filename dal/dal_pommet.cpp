@@ -176,12 +176,12 @@ QByteArray Dal_Pommet::getBlock(unsigned char* data, int len) { return dal::byte
 
 void Dal_Pommet::setCheckSum(unsigned char* data, int len) { dal::writeCheckSum(data, len); }
 
-void Dal_Pommet::f_SendCmd(int waitMs, unsigned char cmd, unsigned char dat1, unsigned char dat2,
+void Dal_Pommet::f_SendCmd(int timeout, unsigned char cmd, unsigned char dat1, unsigned char dat2,
                            unsigned char dat3, unsigned char dat4, unsigned char* data, int len) {
     if (Utility_Manage::getConnectToneFlag() == 0 && !isLinkProbe(cmd, dat1))
         return;
     model_Protocoldata rec;
-    rec.timeout = waitMs;
+    rec.timeout = timeout;
     const unsigned char head[] = {0, cmd, dat1, dat2, dat3, dat4};
     std::copy(std::begin(head), std::end(head), rec.cmdHead + 1);
     if (data)
@@ -193,11 +193,15 @@ void Dal_Pommet::f_SendCmd(int waitMs, unsigned char cmd, unsigned char dat1, un
 }
 
 // Operations listed with DAL_SEND send one command with no data block.
-#define DAL_SEND(name, params, wait, cmd, dat1, dat2, dat3, dat4)                                  \
+#pragma GCC diagnostic push
+// A row's parameter that the command does not carry still has its name, for the reader.
+#pragma GCC diagnostic ignored "-Wunused-parameter"
+#define DAL_SEND(name, params, timeout, cmd, dat1, dat2, dat3, dat4)                               \
     void Dal_Pommet::name params {                                                                 \
-        f_SendCmd(wait, cmd, low(dat1), low(dat2), low(dat3), low(dat4), nullptr, 0);              \
+        f_SendCmd(timeout, cmd, low(dat1), low(dat2), low(dat3), low(dat4), nullptr, 0);           \
     }
 #include "dal_pommet.def"
+#pragma GCC diagnostic pop
 
 // The pause is held inside the lock: it paces the keyboard against every producer.
 void Dal_Pommet::addToQueue(model_Protocoldata rec) {
@@ -210,14 +214,14 @@ namespace {
 
 // Sends a data block, its checksum appended, with the head bytes the block's length decides.
 template <class Head>
-void sendBlock(Dal_Pommet& keyboard, int wait, unsigned char cmd, unsigned char dat1,
+void sendBlock(Dal_Pommet& keyboard, int timeout, unsigned char cmd, unsigned char dat1,
                QByteArray block, Head head, const char* operation) {
     if (!fitsScratch(block, operation))
         return;
     block = dal::withCheckSum(std::move(block));
     const int n = block.size();
     const auto [dat2, dat3, dat4] = head(n);
-    keyboard.f_SendCmd(wait, cmd, dat1, dat2, dat3, dat4,
+    keyboard.f_SendCmd(timeout, cmd, dat1, dat2, dat3, dat4,
                        reinterpret_cast<unsigned char*>(block.data()), n);
 }
 

@@ -12,10 +12,10 @@ namespace {
 constexpr auto kProbeGap = std::chrono::milliseconds(500);
 
 // A probe record: built directly, so neither the link filter nor the connection flag applies.
-model_Protocoldata probe(int wait, unsigned char cmd, unsigned char dat1, unsigned char status,
+model_Protocoldata probe(int timeout, unsigned char cmd, unsigned char dat1, unsigned char status,
                          int deviceType) {
     model_Protocoldata rec;
-    rec.timeout = wait;
+    rec.timeout = timeout;
     rec.cmdHead[2] = cmd;
     rec.cmdHead[3] = dat1;
     rec.statusByte = status;
@@ -23,9 +23,9 @@ model_Protocoldata probe(int wait, unsigned char cmd, unsigned char dat1, unsign
     return rec;
 }
 
-model_Protocoldata familyProbe(int wait, unsigned char cmd, unsigned char dat1, int deviceType,
+model_Protocoldata familyProbe(int timeout, unsigned char cmd, unsigned char dat1, int deviceType,
                                bool isCom) {
-    model_Protocoldata rec = probe(wait, cmd, dat1, 1, deviceType);
+    model_Protocoldata rec = probe(timeout, cmd, dat1, 1, deviceType);
     if (isCom)
         rec.connectType = 1;
     return rec;
@@ -40,51 +40,51 @@ model_Protocoldata withText(model_Protocoldata rec, const char* text) {
 
 } // namespace
 
-void Dal_Pommet::searchDeviceType(int wait) { addToQueue(probe(wait, 0x68, 0x01, 1, 0)); }
+void Dal_Pommet::searchDeviceType(int timeout) { addToQueue(probe(timeout, 0x68, 0x01, 1, 0)); }
 
-void Dal_Pommet::searchSn(int wait) { addToQueue(probe(wait, 0x6A, 0x11, 1, 0)); }
+void Dal_Pommet::searchSn(int timeout) { addToQueue(probe(timeout, 0x6A, 0x11, 1, 0)); }
 
-void Dal_Pommet::searchDeivce(int wait) {
+void Dal_Pommet::searchDeivce(int timeout) {
     std::lock_guard<std::mutex> lock(mute);
-    searchDeviceType(wait);
+    searchDeviceType(timeout);
     std::this_thread::sleep_for(kProbeGap);
-    searchSn(wait);
+    searchSn(timeout);
 }
 
-void Dal_Pommet::searchDeviceForT9(int wait) {
+void Dal_Pommet::searchDeviceForT9(int timeout) {
     std::lock_guard<std::mutex> lock(mute);
-    addToQueue(probe(wait, 0x68, 0x01, 2, 0x250300));
+    addToQueue(probe(timeout, 0x68, 0x01, 2, 0x250300));
 }
 
-void Dal_Pommet::searchDeviceForKR2(int wait, bool isCom) {
+void Dal_Pommet::searchDeviceForKR2(int timeout, bool isCom) {
     std::lock_guard<std::mutex> lock(mute);
-    addToQueue(withText(familyProbe(wait, 0x68, 0x01, 0x250502, isCom), "(info,dev)"));
-    addToQueue(withText(familyProbe(wait, 0x6A, 0x11, 0x250502, isCom), "(ip)"));
+    addToQueue(withText(familyProbe(timeout, 0x68, 0x01, 0x250502, isCom), "(info,dev)"));
+    addToQueue(withText(familyProbe(timeout, 0x6A, 0x11, 0x250502, isCom), "(ip)"));
 }
 
-void Dal_Pommet::searchDeviceForT3(int wait, bool isCom) {
+void Dal_Pommet::searchDeviceForT3(int timeout, bool isCom) {
     std::lock_guard<std::mutex> lock(mute);
     qDebug() << "-----------------searchDeviceForT3--isCom=" << isCom;
-    addToQueue(withText(familyProbe(wait, 0x68, 0x01, 0x250400, isCom), "<GBMG>"));
-    addToQueue(withText(familyProbe(wait, 0x6A, 0x11, 0x250400, isCom), "<GFTM>"));
+    addToQueue(withText(familyProbe(timeout, 0x68, 0x01, 0x250400, isCom), "<GBMG>"));
+    addToQueue(withText(familyProbe(timeout, 0x6A, 0x11, 0x250400, isCom), "<GFTM>"));
 }
 
-void Dal_Pommet::searchDeviceForVM6S(int wait, bool isCom) {
+void Dal_Pommet::searchDeviceForVM6S(int timeout, bool isCom) {
     std::lock_guard<std::mutex> lock(mute);
     qDebug() << "-----------------searchDeviceForVM6S--isCom=" << isCom;
-    addToQueue(familyProbe(wait, 0x68, 0x01, 0x2C0104, isCom));
+    addToQueue(familyProbe(timeout, 0x68, 0x01, 0x2C0104, isCom));
 }
 
 // Shares the VM6S probe's trace label.
-void Dal_Pommet::searchDeviceForVantaZ(int wait, bool isCom) {
+void Dal_Pommet::searchDeviceForVantaZ(int timeout, bool isCom) {
     std::lock_guard<std::mutex> lock(mute);
     qDebug() << "-----------------searchDeviceForVM6S--isCom=" << isCom;
-    addToQueue(familyProbe(wait, 0x68, 0x01, 0x2C0202, isCom));
+    addToQueue(familyProbe(timeout, 0x68, 0x01, 0x2C0202, isCom));
 }
 
-void Dal_Pommet::searchDeviceForNV(int wait, int dat2, QString mode) {
+void Dal_Pommet::searchDeviceForNV(int timeout, int dat2, QString mode) {
     std::lock_guard<std::mutex> lock(mute);
-    model_Protocoldata rec = probe(wait, 0x68, 0x01, 1, 0x2D0000);
+    model_Protocoldata rec = probe(timeout, 0x68, 0x01, 1, 0x2D0000);
     rec.cmdHead[4] = static_cast<unsigned char>(dat2);
     rec.strAux1 = mode;
     rec.arryDatablock = Utility_Manage::getLocalIP() == QLatin1String("Default")

@@ -84,9 +84,9 @@ void DalTarsel::setLoopToSignal(ModelTarsel model) {
 }
 
 // Width, height and frequency as 16-bit values, the enable byte, then the name's first 13
-// Latin-1 bytes zero-padded, then the checksum.
-void DalTarsel::setEDIDParm_4k(ModelTarsel, int input, int width, int height, int frequency,
-                               bool enabled, QString const& name) {
+// Latin-1 bytes zero-padded, then the checksum. The time-out is a fixed 30 s, not the model's.
+void DalTarsel::setEDIDParm_4k([[maybe_unused]] ModelTarsel model, int input, int width, int height,
+                               int frequency, bool enabled, QString const& name) {
     Block block("setEDIDParm_4k", 21);
     block.word(width).word(height).word(frequency).byte(enabled ? 1 : 0);
     block.bytes(name.toLatin1().left(13)).zerosUpTo(20);

@@ -49,42 +49,42 @@ void translate::h40(model_Protocoldata& rec) {
         rec.Datablock = row->text.render(rec);
 }
 
-model_Protocoldata DalTarsel::transformBufToQStringForH40(model_Protocoldata& rec) {
-    model_Protocoldata out = rec;
+model_Protocoldata DalTarsel::transformBufToQStringForH40(model_Protocoldata& in) {
+    model_Protocoldata out = in;
     translate::h40(out);
     return out;
 }
 
 // The bytes sent are always the text's; the byte-array argument is not used.
-void DalTarsel::f_SendCmdForH40(int wait, int cmd, int dat1, int dat2, int dat3, int dat4,
-                                QString text, QByteArray) {
-    model_Protocoldata rec = directRecord(4, kH40Device, wait, cmd, dat1, dat2, dat3, dat4);
+void DalTarsel::f_SendCmdForH40(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
+                                QString text, [[maybe_unused]] QByteArray bytes) {
+    model_Protocoldata rec = directRecord(4, kH40Device, timeout, cmd, dat1, dat2, dat3, dat4);
     rec.Datablock = text;
     rec.arryDatablock = text.toLocal8Bit();
     if (isConnected)
         addToQueue(rec);
 }
 
-void DalTarsel::setContainerParamForH40(int wait, QString& text) {
-    f_SendCmdForH40(wait, 0xF0, 0x3B, 0, 0, 0, text, QByteArray());
+void DalTarsel::setContainerParamForH40(int timeout, QString& text) {
+    f_SendCmdForH40(timeout, 0xF0, 0x3B, 0, 0, 0, text, QByteArray());
 }
 
-void DalTarsel::setContainerFomatForH40(int wait, QString& text) {
-    f_SendCmdForH40(wait, 0x74, 0x00, 0, 0, 0, text, QByteArray());
+void DalTarsel::setContainerFomatForH40(int timeout, QString& text) {
+    f_SendCmdForH40(timeout, 0x74, 0x00, 0, 0, 0, text, QByteArray());
 }
 
-void DalTarsel::setIPForH40(int wait, const QString& text) {
-    f_SendCmdForH40(wait, 0x88, 0x00, 0, 0, 0, text, QByteArray());
+void DalTarsel::setIPForH40(int timeout, const QString& text) {
+    f_SendCmdForH40(timeout, 0x88, 0x00, 0, 0, 0, text, QByteArray());
 }
 
-void DalTarsel::setOutputTPForH40(int wait, const QString& text) {
-    f_SendCmdForH40(wait, 0x90, 0x06, 0, 0, 0, text, QByteArray());
+void DalTarsel::setOutputTPForH40(int timeout, const QString& text) {
+    f_SendCmdForH40(timeout, 0x90, 0x06, 0, 0, 0, text, QByteArray());
 }
 
-void DalTarsel::setMonitorIndexForH40(int wait, const QString& text) {
-    f_SendCmdForH40(wait, 0xF0, 0x05, 0, 0, 0, text, QByteArray());
+void DalTarsel::setMonitorIndexForH40(int timeout, const QString& text) {
+    f_SendCmdForH40(timeout, 0xF0, 0x05, 0, 0, 0, text, QByteArray());
 }
 
-void DalTarsel::sendHeartbeatForH40(int wait) {
-    f_SendCmdForH40(wait, 0x90, 0x1F, 0, 0, 0, QStringLiteral("<trea>"), QByteArray());
+void DalTarsel::sendHeartbeatForH40(int timeout) {
+    f_SendCmdForH40(timeout, 0x90, 0x1F, 0, 0, 0, QStringLiteral("<trea>"), QByteArray());
 }

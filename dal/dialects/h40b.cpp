@@ -104,21 +104,21 @@ void translate::h40b(model_Protocoldata& rec) {
         rec.msgCode = static_cast<unsigned short>(row->msgCode);
 }
 
-model_Protocoldata DalTarsel::transformBufToQStringForH40B(model_Protocoldata& rec) {
-    model_Protocoldata out = rec;
+model_Protocoldata DalTarsel::transformBufToQStringForH40B(model_Protocoldata& in) {
+    model_Protocoldata out = in;
     translate::h40b(out);
     return out;
 }
 
-void DalTarsel::f_SendCmdForH40B(int wait, int cmd, int dat1, int dat2, int dat3, int dat4,
+void DalTarsel::f_SendCmdForH40B(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                                  int code, QByteArray bytes) {
-    model_Protocoldata rec = directRecord(4, kH40BDevice, wait, cmd, dat1, dat2, dat3, dat4);
+    model_Protocoldata rec = directRecord(4, kH40BDevice, timeout, cmd, dat1, dat2, dat3, dat4);
     rec.msgCode = static_cast<unsigned short>(code);
     rec.arryDatablock = bytes;
     if (isConnected)
         addToQueue(rec);
 }
 
-void DalTarsel::sendHeartbeatForH40B(int wait, QByteArray bytes) {
-    f_SendCmdForH40B(wait, 0x90, 0x1F, 0, 0, 0, 20004, bytes);
+void DalTarsel::sendHeartbeatForH40B(int timeout, QByteArray bytes) {
+    f_SendCmdForH40B(timeout, 0x90, 0x1F, 0, 0, 0, 20004, bytes);
 }

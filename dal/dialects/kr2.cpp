@@ -57,10 +57,10 @@ model_Protocoldata DalTarsel::transformBufToQStringForKR2(model_Protocoldata& re
     return out;
 }
 
-void DalTarsel::f_SendCmdForKR2(int wait, int cmd, int dat1, int dat2, int dat3, int dat4,
+void DalTarsel::f_SendCmdForKR2(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                                 QString text, QByteArray bytes) {
     if (isConnected)
-        addToQueue(textRecord(kKR2Device, wait, cmd, dat1, dat2, dat3, dat4, text, bytes));
+        addToQueue(textRecord(kKR2Device, timeout, cmd, dat1, dat2, dat3, dat4, text, bytes));
 }
 
 void DalTarsel::setCurContainerIndexForT9(int index) {
@@ -71,6 +71,6 @@ void DalTarsel::setCurContainerIndexForT9(int index) {
                     QByteArray());
 }
 
-void DalTarsel::sendHeartbeatForKR2(int wait) {
-    f_SendCmdForKR2(wait, 0x90, 0x1F, 0, 0, 0, QStringLiteral("(ip)"), QByteArray());
+void DalTarsel::sendHeartbeatForKR2(int timeout) {
+    f_SendCmdForKR2(timeout, 0x90, 0x1F, 0, 0, 0, QStringLiteral("(ip)"), QByteArray());
 }

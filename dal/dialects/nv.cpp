@@ -92,25 +92,25 @@ model_Protocoldata DalTarsel::transformBufToQStringForNV(model_Protocoldata& rec
     return out;
 }
 
-void DalTarsel::f_SendCmdFoNV(int wait, int cmd, int dat1, int dat2, int dat3, int dat4,
+void DalTarsel::f_SendCmdFoNV(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                               QString text, QByteArray bytes) {
     if (isConnected)
-        addToQueue(textRecord(kNVDevice, wait, cmd, dat1, dat2, dat3, dat4, text, bytes));
+        addToQueue(textRecord(kNVDevice, timeout, cmd, dat1, dat2, dat3, dat4, text, bytes));
 }
 
 // The flag picks the second form of each query, 0x20 above the first.
-void DalTarsel::getNvInfo(int wait, int n, int flag) {
-    f_SendCmd(wait, 0x90, flag == 0 ? 0x01 : 0x21, n, 0, 0, nullptr, 0, QString());
+void DalTarsel::getNvInfo(int timeout, int index, int flag) {
+    f_SendCmd(timeout, 0x90, flag == 0 ? 0x01 : 0x21, index, 0, 0, nullptr, 0, QString());
 }
 
-void DalTarsel::getComInfoForNV(int wait, int flag) {
-    f_SendCmd(wait, 0x90, flag == 0 ? 0x05 : 0x25, 0, 0, 0, nullptr, 0, QString());
+void DalTarsel::getComInfoForNV(int timeout, int flag) {
+    f_SendCmd(timeout, 0x90, flag == 0 ? 0x05 : 0x25, 0, 0, 0, nullptr, 0, QString());
 }
 
-void DalTarsel::getLCDInfoForNV(int wait, int flag) {
-    f_SendCmd(wait, 0x90, flag == 0 ? 0x07 : 0x27, 0, 0, 0, nullptr, 0, QString());
+void DalTarsel::getLCDInfoForNV(int timeout, int flag) {
+    f_SendCmd(timeout, 0x90, flag == 0 ? 0x07 : 0x27, 0, 0, 0, nullptr, 0, QString());
 }
 
-void DalTarsel::getKVMInfoForNV(int wait, int flag) {
-    f_SendCmd(wait, 0x90, flag == 0 ? 0x09 : 0x29, 0, 0, 0, nullptr, 0, QString());
+void DalTarsel::getKVMInfoForNV(int timeout, int flag) {
+    f_SendCmd(timeout, 0x90, flag == 0 ? 0x09 : 0x29, 0, 0, 0, nullptr, 0, QString());
 }

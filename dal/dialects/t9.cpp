@@ -96,15 +96,15 @@ void translate::t9(model_Protocoldata& rec) {
     }
 }
 
-model_Protocoldata DalTarsel::transformBufToQStringForT9(model_Protocoldata& rec) {
-    model_Protocoldata out = rec;
+model_Protocoldata DalTarsel::transformBufToQStringForT9(model_Protocoldata& in) {
+    model_Protocoldata out = in;
     translate::t9(out);
     return out;
 }
 
-void DalTarsel::f_SendCmdForT9(int wait, int cmd, int dat1, int dat2, int dat3, int dat4,
+void DalTarsel::f_SendCmdForT9(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                                QString text, unsigned char kind, QByteArray bytes) {
-    model_Protocoldata rec = directRecord(3, kT9Device, wait, cmd, dat1, dat2, dat3, dat4);
+    model_Protocoldata rec = directRecord(3, kT9Device, timeout, cmd, dat1, dat2, dat3, dat4);
     rec.Datablock = text;
     rec.dataType = kind;
     rec.arryDatablock = bytes;
@@ -112,75 +112,75 @@ void DalTarsel::f_SendCmdForT9(int wait, int cmd, int dat1, int dat2, int dat3, 
         addToQueue(rec);
 }
 
-void DalTarsel::setIPForT9(int wait, const QString& text) {
-    f_SendCmdForT9(wait, 0x88, 0x00, 0, 0, 0, text, kJsonText, QByteArray());
+void DalTarsel::setIPForT9(int timeout, const QString& text) {
+    f_SendCmdForT9(timeout, 0x88, 0x00, 0, 0, 0, text, kJsonText, QByteArray());
 }
 
-void DalTarsel::setEDIDForT9(int wait, int type, int width, int height) {
+void DalTarsel::setEDIDForT9(int timeout, int type, int width, int height) {
     const QJsonObject obj{
         {"Command", "SetViCustomWH"}, {"Type", type}, {"Width", width}, {"Height", height}};
-    f_SendCmdForT9(wait, 0x90, 0x04, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x90, 0x04, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::setViClipForT9(int wait, int id, ModelTarsel m) {
+void DalTarsel::setViClipForT9(int timeout, int id, ModelTarsel model) {
     QJsonObject obj = withElement({{"Command", "SetViClip"}}, id);
-    obj.insert("Left", m.viClipLeft);
-    obj.insert("Top", m.viClipTop);
-    obj.insert("Right", m.viClipRight);
-    obj.insert("Bottom", m.viClipBottom);
-    f_SendCmdForT9(wait, 0x90, 0x06, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    obj.insert("Left", model.viClipLeft);
+    obj.insert("Top", model.viClipTop);
+    obj.insert("Right", model.viClipRight);
+    obj.insert("Bottom", model.viClipBottom);
+    f_SendCmdForT9(timeout, 0x90, 0x06, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::setViPropertyForT9(int wait, int id, ModelTarsel m) {
+void DalTarsel::setViPropertyForT9(int timeout, int id, ModelTarsel model) {
     QJsonObject obj = withElement({{"Command", "SetViProperty"}}, id);
-    obj.insert("Bright", m.viBright);
-    obj.insert("Contrast", m.viContrast);
-    obj.insert("Hue", m.viHue);
-    obj.insert("Sat", m.viSat);
-    f_SendCmdForT9(wait, 0x90, 0x08, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    obj.insert("Bright", model.viBright);
+    obj.insert("Contrast", model.viContrast);
+    obj.insert("Hue", model.viHue);
+    obj.insert("Sat", model.viSat);
+    f_SendCmdForT9(timeout, 0x90, 0x08, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::setViPhaseForT9(int wait, int id, int phase) {
+void DalTarsel::setViPhaseForT9(int timeout, int id, int phase) {
     QJsonObject obj = withElement({{"Command", "SetViPhase"}}, id);
     obj.insert("Phase", phase);
-    f_SendCmdForT9(wait, 0x90, 0x0A, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x90, 0x0A, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::setVgaParamForT9(int wait, int id, int vert, int horz, int phase) {
+void DalTarsel::setVgaParamForT9(int timeout, int id, int vert, int horz, int phase) {
     QJsonObject obj = withElement({{"Command", "SetVgaParam"}}, id);
     obj.insert("Vert", vert);
     obj.insert("Horz", horz);
     obj.insert("Phase", phase);
-    f_SendCmdForT9(wait, 0x90, 0x0C, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x90, 0x0C, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::setAddrForT9(int wait, QString& text) {
-    f_SendCmdForT9(wait, 0x90, 0x0E, 0, 0, 0, text, kJsonText, QByteArray());
+void DalTarsel::setAddrForT9(int timeout, QString& text) {
+    f_SendCmdForT9(timeout, 0x90, 0x0E, 0, 0, 0, text, kJsonText, QByteArray());
 }
 
 // Two records: the sub-decoder list, then the network settings with DHCP off and a fixed DNS2.
-void DalTarsel::setH265InfoForT9(int wait, ModelTarsel m) {
+void DalTarsel::setH265InfoForT9(int timeout, ModelTarsel model) {
     const QJsonObject list{{"Command", "SetSubDecoderList"},
-                           {"Frame", m.decoderFrame},
-                           {"Card", m.decoderCard},
-                           {"Sub", m.decoderSub},
-                           {"IP", m.decoderIp}};
-    f_SendCmdForT9(wait, 0x90, 0x12, 0, 0, 0, jsonText(list), kJsonText, QByteArray());
-    const QJsonObject general{{"Command", "SetDecoderGeneral"}, {"DHCP", 0},
-                              {"Gateway", m.decoderGateway},    {"Mask", m.decoderMask},
-                              {"DNS1", m.decoderDns1},          {"DNS2", "0.0.0.0"}};
-    f_SendCmdForT9(wait, 0x90, 0x14, 0, 0, 0, jsonText(general), kJsonText, QByteArray());
+                           {"Frame", model.decoderFrame},
+                           {"Card", model.decoderCard},
+                           {"Sub", model.decoderSub},
+                           {"IP", model.decoderIp}};
+    f_SendCmdForT9(timeout, 0x90, 0x12, 0, 0, 0, jsonText(list), kJsonText, QByteArray());
+    const QJsonObject general{{"Command", "SetDecoderGeneral"},  {"DHCP", 0},
+                              {"Gateway", model.decoderGateway}, {"Mask", model.decoderMask},
+                              {"DNS1", model.decoderDns1},       {"DNS2", "0.0.0.0"}};
+    f_SendCmdForT9(timeout, 0x90, 0x14, 0, 0, 0, jsonText(general), kJsonText, QByteArray());
 }
 
-void DalTarsel::setPortTypeForT9(int wait, int card, int port, int isHdmi) {
+void DalTarsel::setPortTypeForT9(int timeout, int card, int port, int isHdmi) {
     int frame = 0, cardNo = 0, sub = 0;
     Utility_Manage::getCardNum_T9(card, port, frame, cardNo, sub);
     const QJsonObject entry{{"Frame", frame}, {"Card", cardNo}, {"Sub", sub}, {"IsHDMI", isHdmi}};
     const QJsonObject obj{{"Command", "SetCardType"}, {"CardList", QJsonArray{entry}}};
-    f_SendCmdForT9(wait, 0x90, 0x16, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x90, 0x16, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::setOsdTextForT9(int wait, QJsonObject& osd) {
+void DalTarsel::setOsdTextForT9(int timeout, QJsonObject& osd) {
     QJsonObject obj{{"Command", "SetOsdText"}};
     obj.insert("ScrRange", QJsonArray{osd.value("posX").toInt(0), osd.value("posY").toInt(0),
                                       osd.value("posW").toInt(0), osd.value("posH").toInt(0)});
@@ -197,44 +197,44 @@ void DalTarsel::setOsdTextForT9(int wait, QJsonObject& osd) {
                  {"textLine", "TextLine"},
                  {"rowHeight", "RowHeight"}});
     copyTexts(osd, obj, {{"fileName", "Name"}, {"fontName", "FontName"}, {"osdText", "Text"}});
-    f_SendCmdForT9(wait, 0x90, 0x18, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x90, 0x18, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::clearGroupOSDForT9(int wait, int group) {
+void DalTarsel::clearGroupOSDForT9(int timeout, int group) {
     const QJsonObject obj{{"Command", "ClearOsdText"}, {"ScrGroup", group}};
-    f_SendCmdForT9(wait, 0x90, 0x1A, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x90, 0x1A, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::clearPortOSDForT9(int wait, int group, QString& name) {
+void DalTarsel::clearPortOSDForT9(int timeout, int group, QString& name) {
     const QJsonObject obj{{"Command", "CloseOsdText"}, {"ScrGroup", group}, {"Name", name}};
-    f_SendCmdForT9(wait, 0x90, 0x1C, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x90, 0x1C, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::uploadOSDFileForT9(int wait, QString& name, QByteArray& file) {
-    f_SendCmdForT9(wait, 0x90, 0x1E, 0, 0, 0, name, kUpload, file);
+void DalTarsel::uploadOSDFileForT9(int timeout, QString& name, QByteArray& file) {
+    f_SendCmdForT9(timeout, 0x90, 0x1E, 0, 0, 0, name, kUpload, file);
 }
 
-void DalTarsel::sendHeartbeat(int wait) {
-    f_SendCmdForT9(wait, 0x90, 0x1F, 0, 0, 0, QStringLiteral("Command=HeartBeat"), kQueryText,
+void DalTarsel::sendHeartbeat(int timeout) {
+    f_SendCmdForT9(timeout, 0x90, 0x1F, 0, 0, 0, QStringLiteral("Command=HeartBeat"), kQueryText,
                    QByteArray());
 }
 
-void DalTarsel::newModalGroup(int wait, QString& text) {
-    f_SendCmdForT9(wait, 0x92, 0x04, 0, 0, 0, text, kJsonText, QByteArray());
+void DalTarsel::newModalGroup(int timeout, QString& text) {
+    f_SendCmdForT9(timeout, 0x92, 0x04, 0, 0, 0, text, kJsonText, QByteArray());
 }
 
-void DalTarsel::removeModalGroup(int wait, QString& text) {
-    f_SendCmdForT9(wait, 0x92, 0x06, 0, 0, 0, text, kJsonText, QByteArray());
+void DalTarsel::removeModalGroup(int timeout, QString& text) {
+    f_SendCmdForT9(timeout, 0x92, 0x06, 0, 0, 0, text, kJsonText, QByteArray());
 }
 
-void DalTarsel::findIPC(int wait, QJsonObject& q) {
+void DalTarsel::findIPC(int timeout, QJsonObject& query) {
     QJsonObject obj{{"Command", "FindIpCam"}};
-    copyNumbers(q, obj, {{"authMode", "IsNeedUser"}});
-    copyTexts(q, obj, {{"userName", "UserName"}, {"pwd", "Password"}});
-    f_SendCmdForT9(wait, 0x92, 0x08, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    copyNumbers(query, obj, {{"authMode", "IsNeedUser"}});
+    copyTexts(query, obj, {{"userName", "UserName"}, {"pwd", "Password"}});
+    f_SendCmdForT9(timeout, 0x92, 0x08, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::updateIPCInfo(int wait, QJsonObject& cam) {
+void DalTarsel::updateIPCInfo(int timeout, QJsonObject& cam) {
     QJsonObject obj{{"Command", "AddOneIpCam"}};
     copyNumbers(cam, obj,
                 {{"group", "Group"},
@@ -250,52 +250,53 @@ void DalTarsel::updateIPCInfo(int wait, QJsonObject& cam) {
                {"pwd", "AuthPwd"},
                {"url", "Url"},
                {"auxUrl", "AuxUrl"}});
-    f_SendCmdForT9(wait, 0x92, 0x0A, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x92, 0x0A, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::deleteIPCInfo(int wait, QString& name) {
+void DalTarsel::deleteIPCInfo(int timeout, QString& name) {
     const QJsonObject obj{{"Command", "RemoveIpCam"}, {"CamList", QJsonArray{name}}};
-    f_SendCmdForT9(wait, 0x92, 0x0C, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x92, 0x0C, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::getIPCInfo(int wait, QString& name) {
-    f_SendCmdForT9(wait, 0x92, 0x0D, 0, 0, 0, QStringLiteral("Command=GetOneIpCam&Name=") + name,
+void DalTarsel::getIPCInfo(int timeout, QString& name) {
+    f_SendCmdForT9(timeout, 0x92, 0x0D, 0, 0, 0, QStringLiteral("Command=GetOneIpCam&Name=") + name,
                    kQueryText, QByteArray());
 }
 
-void DalTarsel::uploadBGFileForT9(int wait, QString& name, QByteArray& file) {
-    f_SendCmdForT9(wait, 0x92, 0x10, 0, 0, 0, name, kUpload, file);
+void DalTarsel::uploadBGFileForT9(int timeout, QString& name, QByteArray& file) {
+    f_SendCmdForT9(timeout, 0x92, 0x10, 0, 0, 0, name, kUpload, file);
 }
 
-void DalTarsel::loadBGFile(int wait, int group) {
+void DalTarsel::loadBGFile(int timeout, int group) {
     const QJsonObject obj{{"Command", "LoadBGImage"}, {"ScreenGroup", group}};
-    f_SendCmdForT9(wait, 0x92, 0x12, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x92, 0x12, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::downloadBGFile(int wait, int a, int b, int c, QString& name) {
-    f_SendCmdForT9(wait, 0x92, 0x14, a, b, c, name, kDownload, QByteArray());
+// The three numbers travel in DAT2 to DAT4 beside the file name; their meaning is the device's.
+void DalTarsel::downloadBGFile(int timeout, int dat2, int dat3, int dat4, QString& name) {
+    f_SendCmdForT9(timeout, 0x92, 0x14, dat2, dat3, dat4, name, kDownload, QByteArray());
 }
 
-void DalTarsel::setBgOnStatusForT9(int wait, int group, bool on) {
+void DalTarsel::setBgOnStatusForT9(int timeout, int group, bool on) {
     const QJsonObject obj{
         {"Command", "ScreenCtrl"}, {"ScreenGroup", group}, {"Control", on ? "BgOn" : "BgOff"}};
-    f_SendCmdForT9(wait, 0x92, 0x16, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x92, 0x16, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::refreshModal(int wait, int group) {
+void DalTarsel::refreshModal(int timeout, int group) {
     const QJsonObject obj{
         {"Command", "RefreshModal"}, {"IsCloudScreen", 0}, {"ScreenGroup", group}};
-    f_SendCmdForT9(wait, 0x92, 0x18, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x92, 0x18, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
 // Without the manual flag the device is put back to its automatic mode, 44.
-void DalTarsel::setVideoFormat(int wait, int id, int manual, int mode) {
+void DalTarsel::setVideoFormat(int timeout, int id, int manual, int mode) {
     QJsonObject obj = withElement({{"Command", "SetViMode"}}, id);
     obj.insert("Manual", manual);
     obj.insert("Mode", manual != 0 ? mode : 44);
-    f_SendCmdForT9(wait, 0x92, 0x1A, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
+    f_SendCmdForT9(timeout, 0x92, 0x1A, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
-void DalTarsel::setContainerParamForT9(int wait, QString& text) {
-    f_SendCmdForT9(wait, 0xF0, 0x3B, 0, 0, 0, text, kJsonText, QByteArray());
+void DalTarsel::setContainerParamForT9(int timeout, QString& text) {
+    f_SendCmdForT9(timeout, 0xF0, 0x3B, 0, 0, 0, text, kJsonText, QByteArray());
 }
