@@ -12,7 +12,7 @@ install(TARGETS DAL_Manage DAL_Platform EXPORT DAL_ManageTargets
 set(DAL_PUBLIC_HEADERS dal/dalTarsel.h dal/dal_pommet.h dal/dal_osd.h dal/dal_export.h)
 install(FILES ${DAL_PUBLIC_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DAL_Manage)
 install(DIRECTORY dal/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DAL_Manage
-  FILES_MATCHING PATTERN "*.def")
+  FILES_MATCHING PATTERN "*.def" PATTERN "families.def" EXCLUDE)
 install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DAL_Platform
   FILES_MATCHING PATTERN "*.h")
 install(EXPORT DAL_ManageTargets NAMESPACE DAL_Manage:: DESTINATION ${package_dir})

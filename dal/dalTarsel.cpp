@@ -10,7 +10,8 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
-#include <array>
+#include <initializer_list>
+#include <string_view>
 #include <vector>
 
 bool DalTarsel::isConnected = false;
@@ -18,81 +19,54 @@ bool DalTarsel::isConnected = false;
 namespace {
 
 constexpr int kUntranslated = 0x700000;
-constexpr int kOwnCode = -1; // tag the record with the device's own code
-constexpr int kAnyLength = -1;
 
 using Translator = void (*)(model_Protocoldata&);
 
-enum class Cmds { Any, Tunnel, Other }; // Tunnel: CMD 0x90 or 0x91
+// The deviceType a family's records carry: its code, or the device's own.
+enum Tag { Code, Own };
 
+// What the generic send does for one device code: the family's translation of a command whose
+// CMD is not 0x90 or 0x91 and of one whose CMD is, the tag, and the longest data block the
+// tunnel's framing takes (0: any; a longer one is refused, not wrapped).
 struct Route {
-    std::array<int, 9> devices; // zero pads the unused places
-    Cmds cmds;
-    Translator first;
-    Translator second;
-    int tag;
-    // Longest data block the family's framing takes; a longer one is refused, not wrapped.
-    int maxBlock = kAnyLength;
+    Translator other;
+    Translator tunnel;
+    Tag tag;
+    int code;
+    int longest;
 };
 
-constexpr std::array<int, 9> kCadexDevices = {0x230102, 0x230106, 0x230107, 0x250000, 0x260000,
-                                              0x260002, 0x2C0100, 0x2C0106, 0x2C0107};
+constexpr bool isTarsel(std::string_view className) { return className == "DalTarsel"; }
 
-// First matching row wins; a device without a row keeps the native frame, tagged 0x700000.
-// clang-format off
-const Route kRoutes[] = {
-    {{0x250300}, Cmds::Any, translate::t9, nullptr, 0x250300},                              // T9
-    {{0x250310}, Cmds::Any, translate::t3, nullptr, 0x250310},                              // T3
-    {{0x250400}, Cmds::Any, translate::t3, nullptr, 0x250400},                              // T3
-    {{0x250502}, Cmds::Any, translate::kr2, nullptr, 0x250502},                             // KR2
-    {{0x2D0000}, Cmds::Any, translate::nv, nullptr, 0x2D0000},                              // NV
-    {{0x900000}, Cmds::Any, translate::h40, nullptr, 0x900000},                             // H40
-    {{0x900001}, Cmds::Any, translate::h40b, nullptr, 0x900001},                            // H40B
-    {{0x2C0103, 0x2C0104}, Cmds::Tunnel, translate::vantaz, nullptr, 0x2C0104, 242},        // VantaZ
-    {{0x2C0103, 0x2C0104}, Cmds::Other, translate::vm6s, translate::vm6sFinish, 0x2C0104}, // VM6S
-    {kCadexDevices, Cmds::Tunnel, translate::cadex, nullptr, kOwnCode, 250},                // Cadex
-    {kCadexDevices, Cmds::Other, nullptr, nullptr, kOwnCode},                               // native
-    {{0x2C0201, 0x2C0202}, Cmds::Any, nullptr, nullptr, 0x2C0202},                          // native
-};
-// clang-format on
-
-// The routing table indexed by device code, so that a send looks its route up in a few
-// steps: for each code, the first row that matches a tunnel CMD and the first for any other.
+// The routes of the DalTarsel families by device code, so that a send looks its route up in a
+// few steps. A device without one keeps the native frame, tagged 0x700000.
 class RouteIndex {
 public:
     RouteIndex() {
-        for (const Route& route : kRoutes)
-            for (int device : route.devices)
-                if (device != 0)
-                    add(device, route);
+        using namespace translate;
+#define DAL_FAMILY(name, cls, form, code, tag, other, tunnel, longest, ...)                        \
+    if (isTarsel(#cls))                                                                            \
+        add(Route{other, tunnel, tag, code, longest}, {code, ##__VA_ARGS__});
+#include "families.def"
         std::sort(entries.begin(), entries.end(),
                   [](const Entry& a, const Entry& b) { return a.device < b.device; });
     }
 
-    const Route* find(int device, unsigned char cmd) const {
+    const Route* find(int device) const {
         const auto it = std::lower_bound(entries.begin(), entries.end(), device,
                                          [](const Entry& e, int code) { return e.device < code; });
-        if (it == entries.end() || it->device != device)
-            return nullptr;
-        return cmd == 0x90 || cmd == 0x91 ? it->tunnel : it->other;
+        return it == entries.end() || it->device != device ? nullptr : &it->route;
     }
 
 private:
     struct Entry {
         int device;
-        const Route* tunnel;
-        const Route* other;
+        Route route;
     };
 
-    void add(int device, const Route& route) {
-        auto it = std::find_if(entries.begin(), entries.end(),
-                               [device](const Entry& e) { return e.device == device; });
-        if (it == entries.end())
-            it = entries.insert(entries.end(), Entry{device, nullptr, nullptr});
-        if (route.cmds != Cmds::Other && !it->tunnel)
-            it->tunnel = &route;
-        if (route.cmds != Cmds::Tunnel && !it->other)
-            it->other = &route;
+    void add(const Route& route, std::initializer_list<int> codes) {
+        for (int device : codes)
+            entries.push_back({device, route});
     }
 
     std::vector<Entry> entries;
@@ -293,19 +267,18 @@ void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, in
         rec.Datablock = text;
 
     const int device = Utility_Manage::getDeviceType();
-    if (const Route* route = kRouteIndex.find(device, rec.cmdHead[2])) {
-        if (route->maxBlock != kAnyLength && rec.arryDatablock.size() > route->maxBlock) {
+    if (const Route* route = kRouteIndex.find(device)) {
+        const bool tunnel = rec.cmdHead[2] == 0x90 || rec.cmdHead[2] == 0x91;
+        if (tunnel && route->longest && rec.arryDatablock.size() > route->longest) {
             qWarning().noquote() << QStringLiteral("---addToQueue----refused: data block of %1 "
                                                    "bytes, the frame takes at most %2")
                                         .arg(rec.arryDatablock.size())
-                                        .arg(route->maxBlock);
+                                        .arg(route->longest);
             return;
         }
-        if (route->first)
-            route->first(rec);
-        if (route->second)
-            route->second(rec);
-        rec.deviceType = route->tag == kOwnCode ? device : route->tag;
+        if (const Translator translate = tunnel ? route->tunnel : route->other)
+            translate(rec);
+        rec.deviceType = route->tag == Own ? device : route->code;
     }
 
     trace(rec);

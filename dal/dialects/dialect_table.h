@@ -33,7 +33,7 @@ inline int dat3Plus1(const Rec& r) { return dat3(r) + 1; }
 inline int dat4Plus1(const Rec& r) { return dat4(r) + 1; }
 // Parameters that ride in the time-out, offset by 3000 by the business layer.
 // Wraps rather than overflows for time-outs near the int limits.
-inline int waitMinus3000(const Rec& r) {
+inline int timeoutMinus3000(const Rec& r) {
     return static_cast<int>(static_cast<unsigned>(r.timeout) - 3000u);
 }
 inline int videoNumber(const Rec& r) {
@@ -141,7 +141,7 @@ const Row* findRow(const Row (&rows)[N], const Rec& r) {
 }
 
 // The head, time-out and tags of a record that a family's direct sender builds itself.
-inline Rec directRecord(int connectType, int device, int wait, int cmd, int d1, int d2, int d3,
+inline Rec directRecord(int connectType, int device, int timeout, int cmd, int d1, int d2, int d3,
                         int d4) {
     Rec rec;
     rec.connectType = static_cast<unsigned char>(connectType);
@@ -151,7 +151,7 @@ inline Rec directRecord(int connectType, int device, int wait, int cmd, int d1, 
     rec.cmdHead[4] = static_cast<unsigned char>(d2);
     rec.cmdHead[5] = static_cast<unsigned char>(d3);
     rec.cmdHead[6] = static_cast<unsigned char>(d4);
-    rec.timeout = wait;
+    rec.timeout = timeout;
     rec.statusByte = 0;
     rec.deviceType = device;
     return rec;
@@ -159,9 +159,9 @@ inline Rec directRecord(int connectType, int device, int wait, int cmd, int d1, 
 
 // A direct record of a text family on the utility's link: the text, and as bytes either those
 // given or the text's local 8-bit encoding.
-inline Rec textRecord(int device, int wait, int cmd, int d1, int d2, int d3, int d4,
+inline Rec textRecord(int device, int timeout, int cmd, int d1, int d2, int d3, int d4,
                       const QString& text, const QByteArray& bytes) {
-    Rec rec = directRecord(Utility_Manage::getConnectType(), device, wait, cmd, d1, d2, d3, d4);
+    Rec rec = directRecord(Utility_Manage::getConnectType(), device, timeout, cmd, d1, d2, d3, d4);
     rec.Datablock = text;
     rec.arryDatablock = bytes.isEmpty() ? text.toLocal8Bit() : bytes;
     return rec;

@@ -1,12 +1,11 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "families.h"
 #include "translators.h"
 
 using namespace dialect;
 
 namespace {
-
-constexpr int kH40Device = 0x900000;
 
 struct H40Row {
     Key key;
@@ -30,11 +29,11 @@ const H40Row kH40Rows[] = {
     {{0x92, 0},     pat("<call, %1, %2>", dat2, dat3)},
     {{0x92, 1},     pat("<winf, %1>", dat2)},
     {{0x92, 3},     pat("<winf, %1>", dat2)},
-    {{0xF0, 1, 1},  pat("<shut, %1, %2>", waitMinus3000, dat4)},
+    {{0xF0, 1, 1},  pat("<shut, %1, %2>", timeoutMinus3000, dat4)},
     {{0xF0, 1, 2},  pat("<rset, %1>", dat3)},
-    {{0xF0, 1, 5},  pat("<Torb, %1, 1>", waitMinus3000)},
-    {{0xF0, 1, 6},  pat("<Torb, %1, 0>", waitMinus3000)},
-    {{0xF1, 1},     pat("<widf, %1>", waitMinus3000)},
+    {{0xF0, 1, 5},  pat("<Torb, %1, 1>", timeoutMinus3000)},
+    {{0xF0, 1, 6},  pat("<Torb, %1, 0>", timeoutMinus3000)},
+    {{0xF1, 1},     pat("<widf, %1>", timeoutMinus3000)},
     {{0xF1, 3},     pat("<vinf>")},
     {{0xF1, 4},     pat("<vonf>")},
     {{0xF1, 8},     pat("<winf, %1>", dat3)},
@@ -58,7 +57,7 @@ model_Protocoldata DalTarsel::transformBufToQStringForH40(model_Protocoldata& in
 // The bytes sent are always the text's; the byte-array argument is not used.
 void DalTarsel::f_SendCmdForH40(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                                 QString text, [[maybe_unused]] QByteArray bytes) {
-    model_Protocoldata rec = directRecord(4, kH40Device, timeout, cmd, dat1, dat2, dat3, dat4);
+    model_Protocoldata rec = directRecord(4, family::H40, timeout, cmd, dat1, dat2, dat3, dat4);
     rec.Datablock = text;
     rec.arryDatablock = text.toLocal8Bit();
     if (isConnected)

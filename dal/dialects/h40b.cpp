@@ -1,12 +1,11 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "families.h"
 #include "translators.h"
 
 using namespace dialect;
 
 namespace {
-
-constexpr int kH40BDevice = 0x900001;
 
 // The device's parser accepts these exactly as they stand, the broken "</UserID\n>" and the
 // empty "group=" of the scene save included.
@@ -112,7 +111,7 @@ model_Protocoldata DalTarsel::transformBufToQStringForH40B(model_Protocoldata& i
 
 void DalTarsel::f_SendCmdForH40B(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                                  int code, QByteArray bytes) {
-    model_Protocoldata rec = directRecord(4, kH40BDevice, timeout, cmd, dat1, dat2, dat3, dat4);
+    model_Protocoldata rec = directRecord(4, family::H40B, timeout, cmd, dat1, dat2, dat3, dat4);
     rec.msgCode = static_cast<unsigned short>(code);
     rec.arryDatablock = bytes;
     if (isConnected)

@@ -1,12 +1,11 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "families.h"
 #include "translators.h"
 
 using namespace dialect;
 
 namespace {
-
-constexpr int kKR2Device = 0x250502;
 
 struct KR2Row {
     Key key;
@@ -60,12 +59,12 @@ model_Protocoldata DalTarsel::transformBufToQStringForKR2(model_Protocoldata& re
 void DalTarsel::f_SendCmdForKR2(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                                 QString text, QByteArray bytes) {
     if (isConnected)
-        addToQueue(textRecord(kKR2Device, timeout, cmd, dat1, dat2, dat3, dat4, text, bytes));
+        addToQueue(textRecord(family::KR2, timeout, cmd, dat1, dat2, dat3, dat4, text, bytes));
 }
 
 void DalTarsel::setCurContainerIndexForT9(int index) {
     curContainerIndex = index;
-    if (Utility_Manage::getDeviceType() != kKR2Device)
+    if (Utility_Manage::getDeviceType() != family::KR2)
         return;
     f_SendCmdForKR2(3000, 0xF0, 0x3B, index, 0, 0, QStringLiteral("(setting,cgrp,%1)").arg(index),
                     QByteArray());

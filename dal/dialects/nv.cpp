@@ -1,12 +1,12 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "families.h"
 #include "translators.h"
 
 using namespace dialect;
 
 namespace {
 
-constexpr int kNVDevice = 0x2D0000;
 constexpr int kQueryText = 2;
 constexpr int kJsonText = 4;
 
@@ -95,7 +95,7 @@ model_Protocoldata DalTarsel::transformBufToQStringForNV(model_Protocoldata& rec
 void DalTarsel::f_SendCmdFoNV(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                               QString text, QByteArray bytes) {
     if (isConnected)
-        addToQueue(textRecord(kNVDevice, timeout, cmd, dat1, dat2, dat3, dat4, text, bytes));
+        addToQueue(textRecord(family::NV, timeout, cmd, dat1, dat2, dat3, dat4, text, bytes));
 }
 
 // The flag picks the second form of each query, 0x20 above the first.

@@ -1,5 +1,7 @@
 #include "dalTarsel.h"
 #include "dialect_table.h"
+#include "families.h"
+#include "json_members.h"
 #include "translators.h"
 
 #include <QJsonArray>
@@ -12,8 +14,6 @@ constexpr unsigned char kQueryText = 2;
 constexpr unsigned char kJsonText = 4;
 constexpr unsigned char kDownload = 6;
 constexpr unsigned char kUpload = 7;
-constexpr int kT9Device = 0x250300;
-
 struct T9Row {
     Key key;
     unsigned char kind;
@@ -70,21 +70,13 @@ QJsonObject withElement(QJsonObject obj, int id) {
     return obj;
 }
 
-struct Mapping {
-    const char* from;
-    const char* to;
-};
-
-// Members of the caller's object copied under the device's names; missing ones read as 0.
-void copyNumbers(const QJsonObject& from, QJsonObject& to, std::initializer_list<Mapping> map) {
-    for (const Mapping& m : map)
-        to.insert(m.to, from.value(m.from).toInt(0));
-}
-
-// As copyNumbers, for text members; missing ones read as empty.
-void copyTexts(const QJsonObject& from, QJsonObject& to, std::initializer_list<Mapping> map) {
-    for (const Mapping& m : map)
-        to.insert(m.to, from.value(m.from).toString());
+// Copies the caller's members under the device's names.
+void copyMembers(const QJsonObject& from, QJsonObject& to, dal::json::Table members) {
+    for (const dal::json::Member& m : members)
+        to.insert(QLatin1String(m.sentAs),
+                  m.kind == dal::json::Kind::Number
+                      ? QJsonValue(from.value(QLatin1String(m.name)).toInt(0))
+                      : QJsonValue(from.value(QLatin1String(m.name)).toString()));
 }
 
 } // namespace
@@ -104,7 +96,7 @@ model_Protocoldata DalTarsel::transformBufToQStringForT9(model_Protocoldata& in)
 
 void DalTarsel::f_SendCmdForT9(int timeout, int cmd, int dat1, int dat2, int dat3, int dat4,
                                QString text, unsigned char kind, QByteArray bytes) {
-    model_Protocoldata rec = directRecord(3, kT9Device, timeout, cmd, dat1, dat2, dat3, dat4);
+    model_Protocoldata rec = directRecord(3, family::T9, timeout, cmd, dat1, dat2, dat3, dat4);
     rec.Datablock = text;
     rec.dataType = kind;
     rec.arryDatablock = bytes;
@@ -182,21 +174,11 @@ void DalTarsel::setPortTypeForT9(int timeout, int card, int port, int isHdmi) {
 
 void DalTarsel::setOsdTextForT9(int timeout, QJsonObject& osd) {
     QJsonObject obj{{"Command", "SetOsdText"}};
-    obj.insert("ScrRange", QJsonArray{osd.value("posX").toInt(0), osd.value("posY").toInt(0),
-                                      osd.value("posW").toInt(0), osd.value("posH").toInt(0)});
-    copyNumbers(osd, obj,
-                {{"groupIndex", "ScrGroup"},
-                 {"bgAlpha", "Alpha"},
-                 {"bgColor", "BgColor"},
-                 {"fontSize", "FontSize"},
-                 {"fontColor", "TextColor"},
-                 {"scrollDir", "ScrollDir"},
-                 {"scrollSpeed", "ScrollSpeed"},
-                 {"topPostion", "TopPostion"},
-                 {"sendBits", "SendBits"},
-                 {"textLine", "TextLine"},
-                 {"rowHeight", "RowHeight"}});
-    copyTexts(osd, obj, {{"fileName", "Name"}, {"fontName", "FontName"}, {"osdText", "Text"}});
+    QJsonArray range;
+    for (const dal::json::Member& m : dal::json::kOsdTextRange)
+        range << osd.value(QLatin1String(m.name)).toInt(0);
+    obj.insert("ScrRange", range);
+    copyMembers(osd, obj, dal::json::table(dal::json::kOsdText));
     f_SendCmdForT9(timeout, 0x90, 0x18, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
@@ -229,27 +211,13 @@ void DalTarsel::removeModalGroup(int timeout, QString& text) {
 
 void DalTarsel::findIPC(int timeout, QJsonObject& query) {
     QJsonObject obj{{"Command", "FindIpCam"}};
-    copyNumbers(query, obj, {{"authMode", "IsNeedUser"}});
-    copyTexts(query, obj, {{"userName", "UserName"}, {"pwd", "Password"}});
+    copyMembers(query, obj, dal::json::table(dal::json::kFindIpc));
     f_SendCmdForT9(timeout, 0x92, 0x08, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 
 void DalTarsel::updateIPCInfo(int timeout, QJsonObject& cam) {
     QJsonObject obj{{"Command", "AddOneIpCam"}};
-    copyNumbers(cam, obj,
-                {{"group", "Group"},
-                 {"authMode", "AuthMode"},
-                 {"transMode", "TransferMode"},
-                 {"width", "Width"},
-                 {"height", "Height"},
-                 {"auxWidth", "AuxWidth"},
-                 {"auxHeight", "AuxHeight"}});
-    copyTexts(cam, obj,
-              {{"ipcName", "Name"},
-               {"userName", "AuthName"},
-               {"pwd", "AuthPwd"},
-               {"url", "Url"},
-               {"auxUrl", "AuxUrl"}});
+    copyMembers(cam, obj, dal::json::table(dal::json::kIpcInfo));
     f_SendCmdForT9(timeout, 0x92, 0x0A, 0, 0, 0, jsonText(obj), kJsonText, QByteArray());
 }
 

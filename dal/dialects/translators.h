@@ -15,6 +15,8 @@ void h40(model_Protocoldata& rec);
 void h40b(model_Protocoldata& rec);
 void vm6s(model_Protocoldata& rec);
 void vm6sFinish(model_Protocoldata& rec);
+// The VM6S frame, then its finish: what a VM6S device is sent.
+void vm6sFramed(model_Protocoldata& rec);
 void vantaz(model_Protocoldata& rec);
 void cadex(model_Protocoldata& rec);
 

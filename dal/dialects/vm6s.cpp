@@ -201,6 +201,11 @@ void translate::vm6sFinish(model_Protocoldata& rec) {
     dal::writeCheckSum(reinterpret_cast<unsigned char*>(frame.data()), kCheckSumAt);
 }
 
+void translate::vm6sFramed(model_Protocoldata& rec) {
+    vm6s(rec);
+    vm6sFinish(rec);
+}
+
 model_Protocoldata DalTarsel::transformBufToQStringForVM6S(model_Protocoldata& rec) {
     model_Protocoldata out = rec;
     translate::vm6s(out);
