@@ -2,10 +2,13 @@
 
 #include "biz_cmdswork.h"
 #include "bytes.h"
+#include "families.h"
+#include "pacing.h"
 #include "utility_manage.h"
 
 #include <QDebug>
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 #include <tuple>
@@ -15,10 +18,29 @@ std::mutex Dal_Pommet::mute;
 
 namespace {
 
+std::atomic<long long> keyboardPause{10};
+std::atomic<long long> probePause{500};
+
+} // namespace
+
+std::chrono::milliseconds dal::pacing::keyboard() {
+    return std::chrono::milliseconds(keyboardPause.load());
+}
+
+std::chrono::milliseconds dal::pacing::probes() {
+    return std::chrono::milliseconds(probePause.load());
+}
+
+void dal::pacing::set(std::chrono::milliseconds keyboard, std::chrono::milliseconds probes) {
+    keyboardPause = keyboard.count();
+    probePause = probes.count();
+}
+
+namespace {
+
 constexpr int kKeysPerGroup = 16;
 constexpr int kKeysOnModel605Kind2 = 13;
 constexpr int kScratchSize = 2048; // the largest block the keyboard takes, checksum included
-constexpr auto kPacing = std::chrono::milliseconds(10);
 
 // Positions within a 101-byte key entry.
 enum EntryField {
@@ -187,7 +209,7 @@ void Dal_Pommet::f_SendCmd(int timeout, unsigned char cmd, unsigned char dat1, u
     if (data)
         rec.arryDatablock = getBlock(data, len);
     rec.statusByte = 0;
-    rec.deviceType = 0x400000;
+    rec.deviceType = family::keyboard;
     if (isConnected)
         addToQueue(rec);
 }
@@ -207,7 +229,7 @@ void Dal_Pommet::f_SendCmd(int timeout, unsigned char cmd, unsigned char dat1, u
 void Dal_Pommet::addToQueue(model_Protocoldata rec) {
     std::lock_guard<std::mutex> lock(biz_CMDSWork::HexCmdlock);
     biz_CMDSWork::queueHexCmd.push_back(std::move(rec));
-    std::this_thread::sleep_for(kPacing);
+    std::this_thread::sleep_for(dal::pacing::keyboard());
 }
 
 namespace {

@@ -1,4 +1,6 @@
 #include "dal_pommet.h"
+#include "families.h"
+#include "pacing.h"
 
 #include "utility_manage.h"
 
@@ -8,8 +10,6 @@
 #include <thread>
 
 namespace {
-
-constexpr auto kProbeGap = std::chrono::milliseconds(500);
 
 // A probe record: built directly, so neither the link filter nor the connection flag applies.
 model_Protocoldata probe(int timeout, unsigned char cmd, unsigned char dat1, unsigned char status,
@@ -47,44 +47,44 @@ void Dal_Pommet::searchSn(int timeout) { addToQueue(probe(timeout, 0x6A, 0x11, 1
 void Dal_Pommet::searchDeivce(int timeout) {
     std::lock_guard<std::mutex> lock(mute);
     searchDeviceType(timeout);
-    std::this_thread::sleep_for(kProbeGap);
+    std::this_thread::sleep_for(dal::pacing::probes());
     searchSn(timeout);
 }
 
 void Dal_Pommet::searchDeviceForT9(int timeout) {
     std::lock_guard<std::mutex> lock(mute);
-    addToQueue(probe(timeout, 0x68, 0x01, 2, 0x250300));
+    addToQueue(probe(timeout, 0x68, 0x01, 2, family::T9));
 }
 
 void Dal_Pommet::searchDeviceForKR2(int timeout, bool isCom) {
     std::lock_guard<std::mutex> lock(mute);
-    addToQueue(withText(familyProbe(timeout, 0x68, 0x01, 0x250502, isCom), "(info,dev)"));
-    addToQueue(withText(familyProbe(timeout, 0x6A, 0x11, 0x250502, isCom), "(ip)"));
+    addToQueue(withText(familyProbe(timeout, 0x68, 0x01, family::KR2, isCom), "(info,dev)"));
+    addToQueue(withText(familyProbe(timeout, 0x6A, 0x11, family::KR2, isCom), "(ip)"));
 }
 
 void Dal_Pommet::searchDeviceForT3(int timeout, bool isCom) {
     std::lock_guard<std::mutex> lock(mute);
     qDebug() << "-----------------searchDeviceForT3--isCom=" << isCom;
-    addToQueue(withText(familyProbe(timeout, 0x68, 0x01, 0x250400, isCom), "<GBMG>"));
-    addToQueue(withText(familyProbe(timeout, 0x6A, 0x11, 0x250400, isCom), "<GFTM>"));
+    addToQueue(withText(familyProbe(timeout, 0x68, 0x01, family::T3, isCom), "<GBMG>"));
+    addToQueue(withText(familyProbe(timeout, 0x6A, 0x11, family::T3, isCom), "<GFTM>"));
 }
 
 void Dal_Pommet::searchDeviceForVM6S(int timeout, bool isCom) {
     std::lock_guard<std::mutex> lock(mute);
     qDebug() << "-----------------searchDeviceForVM6S--isCom=" << isCom;
-    addToQueue(familyProbe(timeout, 0x68, 0x01, 0x2C0104, isCom));
+    addToQueue(familyProbe(timeout, 0x68, 0x01, family::VM6S, isCom));
 }
 
 // Shares the VM6S probe's trace label.
 void Dal_Pommet::searchDeviceForVantaZ(int timeout, bool isCom) {
     std::lock_guard<std::mutex> lock(mute);
     qDebug() << "-----------------searchDeviceForVM6S--isCom=" << isCom;
-    addToQueue(familyProbe(timeout, 0x68, 0x01, 0x2C0202, isCom));
+    addToQueue(familyProbe(timeout, 0x68, 0x01, family::VantaZ, isCom));
 }
 
 void Dal_Pommet::searchDeviceForNV(int timeout, int dat2, QString mode) {
     std::lock_guard<std::mutex> lock(mute);
-    model_Protocoldata rec = probe(timeout, 0x68, 0x01, 1, 0x2D0000);
+    model_Protocoldata rec = probe(timeout, 0x68, 0x01, 1, family::NV);
     rec.cmdHead[4] = static_cast<unsigned char>(dat2);
     rec.strAux1 = mode;
     rec.arryDatablock = Utility_Manage::getLocalIP() == QLatin1String("Default")
