@@ -6,6 +6,7 @@
 using namespace rows;
 
 // A row's parameter that the command does not carry still has its name, for the reader.
+#pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wunused-parameter"
 
 #define DAL_SEND(name, params, timeout, cmd, dat1, dat2, dat3, dat4)                               \
@@ -13,3 +14,4 @@ using namespace rows;
         f_SendCmd(timeout, cmd, dat1, dat2, dat3, dat4, nullptr, 0, QString());                    \
     }
 #include "dalTarsel.def"
+#pragma GCC diagnostic pop

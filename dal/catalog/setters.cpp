@@ -1,6 +1,7 @@
 // Data-block setters of CMD 0xF0: the members written out by hand.
 #include "../blocks/block_builder.h"
 #include "dalTarsel.h"
+#include "json_members.h"
 
 #include <QStringList>
 
@@ -39,11 +40,18 @@ int colourPair(const QString& colour, int pair) {
     return ok ? value : 0;
 }
 
+// One byte per member of the table, in its order; a colour text gives its three components.
 void sendJsonBytes(DalTarsel& dal, const char* operation, int timeout, int dat1, int index,
-                   const QJsonObject& obj, std::initializer_list<const char*> keys) {
+                   const QJsonObject& obj, dal::json::Table members) {
     Block block(operation, kFreeBlockBuffer);
-    for (const char* key : keys)
-        block.byte(obj.value(QLatin1String(key)).toInt());
+    for (const dal::json::Member& m : members) {
+        const QJsonValue value = obj.value(QLatin1String(m.name));
+        if (m.kind == dal::json::Kind::Number)
+            block.byte(value.toInt());
+        else
+            for (int pair = 0; pair < 3; ++pair)
+                block.byte(colourPair(value.toString(), pair));
+    }
     const int length = block.size() + 1;
     block.send(dal, timeout, 0xF0, dat1, index, length, 0);
 }
@@ -287,25 +295,18 @@ void DalTarsel::setLoginType(int timeout, int type) {
 }
 
 void DalTarsel::setSourceFrameInfo(int timeout, int index, QJsonObject obj) {
-    const QString colour = obj.value(QLatin1String("color")).toString();
-    Block block("setSourceFrameInfo", 6);
-    block.byte(obj.value(QLatin1String("status")).toInt());
-    for (int pair = 0; pair < 3; ++pair)
-        block.byte(colourPair(colour, pair));
-    block.byte(obj.value(QLatin1String("size")).toInt());
-    block.send(*this, timeout, 0xF0, 0x65, index, 0x06, 0x00);
+    sendJsonBytes(*this, "setSourceFrameInfo", timeout, 0x65, index, obj,
+                  dal::json::table(dal::json::kSourceFrame));
 }
 
 void DalTarsel::setDanteAudioInfo(int timeout, int index, QJsonObject obj) {
     sendJsonBytes(*this, "setDanteAudioInfo", timeout, 0x66, index, obj,
-                  {"hdmi1", "hdmi2", "lan1", "lan2", "lan3", "lan4", "loopIn1", "loopIn2",
-                   "loopIn3", "loopIn4"});
+                  dal::json::table(dal::json::kDanteAudio));
 }
 
 void DalTarsel::setOutBoardAudioInfo(int timeout, int index, QJsonObject obj) {
-    sendJsonBytes(
-        *this, "setOutBoardAudioInfo", timeout, 0x67, index, obj,
-        {"switch1", "switch2", "switch3", "switch4", "source1", "source2", "source3", "source4"});
+    sendJsonBytes(*this, "setOutBoardAudioInfo", timeout, 0x67, index, obj,
+                  dal::json::table(dal::json::kOutBoardAudio));
 }
 
 // The container (byte), the first four bank values of `banks` (byte each), then the checksum.
