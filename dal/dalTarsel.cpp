@@ -3,6 +3,7 @@
 #include "biz_cmdswork.h"
 #include "bytes.h"
 #include "dialects/translators.h"
+#include "quoting.h"
 #include "trace.h"
 #include "utility_manage.h"
 
@@ -99,26 +100,8 @@ public:
         hexByte(value);
         put("\" ");
     }
-    // The text quoted as QDebug quotes a string: printable characters as they are, the quote
-    // and the backslash escaped, the usual control characters by their C escapes, any other
-    // character as \uXXXX, or \UXXXXXXXX for a non-printable one beyond the 16-bit range.
     void quoted(const QString& text) {
-        put('"');
-        const QChar* const last = text.constData() + text.size();
-        for (const QChar* p = text.constData(); p != last; ++p) {
-            const char16_t c = p->unicode();
-            if (c != u'"' && c != u'\\' && QChar::isPrint(c)) {
-                put(*p);
-            } else if (const char* escape = controlEscape(c)) {
-                put(escape);
-            } else if (QChar::isHighSurrogate(c) && p + 1 != last && p[1].isLowSurrogate()) {
-                surrogatePair(p[0], p[1]);
-                ++p;
-            } else {
-                escaped('u', c, 4);
-            }
-        }
-        put('"');
+        dal::writeQuoted(text, [this](auto c) { put(c); });
     }
 
     // The most characters a record's line can take: each text character becomes at most six.
@@ -127,41 +110,6 @@ public:
     }
 
 private:
-    static const char* controlEscape(char16_t c) {
-        switch (c) {
-        case u'"':
-            return "\\\"";
-        case u'\\':
-            return "\\\\";
-        case u'\b':
-            return "\\b";
-        case u'\f':
-            return "\\f";
-        case u'\n':
-            return "\\n";
-        case u'\r':
-            return "\\r";
-        case u'\t':
-            return "\\t";
-        }
-        return nullptr;
-    }
-    void surrogatePair(QChar high, QChar low) {
-        const char32_t ucs4 = QChar::surrogateToUcs4(high, low);
-        if (QChar::isPrint(ucs4)) {
-            put(high);
-            put(low);
-        } else {
-            escaped('U', ucs4, 8);
-        }
-    }
-    void escaped(char kind, unsigned value, int digits) {
-        put('\\');
-        put(kind);
-        for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
-            put("0123456789ABCDEF"[(value >> shift) & 0xF]);
-    }
-
     QChar* at;
 };
 
