@@ -2,6 +2,6 @@
 // by hand. The one-command rows are in catalog_rows.cpp.
 #include "dalTarsel.h"
 
-void DalTarsel::setOutPortEdid(ModelTarsel) {}
+void DalTarsel::setOutPortEdid([[maybe_unused]] ModelTarsel model) {}
 
-void DalTarsel::getEquipmentClock(ModelTarsel) {}
+void DalTarsel::getEquipmentClock([[maybe_unused]] ModelTarsel model) {}
