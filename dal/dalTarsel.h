@@ -14,6 +14,9 @@
 #include <QStringList>
 #include <QVector>
 
+// Numbers written with a dash between them, "1-0-1": how some data-block setters take a list.
+using DashNumbers = QString;
+
 // The processor families' data-access class: every operation turns one request of the
 // business layer into the command the attached device family understands and appends it to
 // biz_CMDSWork::queueHexCmd. Objects hold no state; any number may exist.

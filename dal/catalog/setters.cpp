@@ -25,7 +25,7 @@ void appendIpv4(Block& block, const QString& text) {
 }
 
 // The numbers of a text such as "1-2-3".
-QList<int> dashNumbers(const QString& text) {
+QList<int> dashNumbers(const DashNumbers& text) {
     QList<int> numbers;
     if (text.isEmpty())
         return numbers;
@@ -175,7 +175,7 @@ void DalTarsel::setUserFileData(int timeout, int index, char* data, int len) {
 
 // Pairs of layer (byte) and blending width (16-bit) from the two "-" lists, as many as
 // both hold, then the checksum.
-void DalTarsel::setLayerMultiBlendingWidth(QString layers, QString widths) {
+void DalTarsel::setLayerMultiBlendingWidth(DashNumbers layers, DashNumbers widths) {
     const QList<int> l = dashNumbers(layers);
     const QList<int> w = dashNumbers(widths);
     Block block("setLayerMultiBlendingWidth", kFreeBlockBuffer);
@@ -185,7 +185,7 @@ void DalTarsel::setLayerMultiBlendingWidth(QString layers, QString widths) {
 }
 
 // One byte per number of the "-" list, then the checksum.
-void DalTarsel::setLayerBlackWhiteEffect(QString effects) {
+void DalTarsel::setLayerBlackWhiteEffect(DashNumbers effects) {
     Block block("setLayerBlackWhiteEffect", kFreeBlockBuffer);
     for (int value : dashNumbers(effects))
         block.byte(value);
@@ -194,7 +194,7 @@ void DalTarsel::setLayerBlackWhiteEffect(QString effects) {
 
 // Bytes 0-15 the numbers of `modes`, bytes 16-31 those of `signal` (each "-" list zero-padded
 // to 16), then the checksum. A list of more than 16 numbers does not fit and is refused.
-void DalTarsel::setPreviewModeSignal(int timeout, int port, QString modes, QString signal) {
+void DalTarsel::setPreviewModeSignal(int timeout, int port, DashNumbers modes, DashNumbers signal) {
     const QList<int> m = dashNumbers(modes);
     const QList<int> s = dashNumbers(signal);
     if (!blocks::holdsCount("setPreviewModeSignal", "mode", m.size(), 16) ||
