@@ -106,7 +106,9 @@ const _KeyParam* keyEntry(const Model_PommetParam& param, int kind, int group, i
                           const char* operation) {
     const KeyTable* table = tableOf(kind);
     const QVector<_KeyParam>& entries = table ? param.*(table->entries) : param.keysOther;
-    const int index = table ? group * kKeysPerGroup + key - table->firstCode : key;
+    // In 64 bits: a group or key near the int limits must not wrap into the table.
+    const long long index =
+        table ? static_cast<long long>(group) * kKeysPerGroup + key - table->firstCode : key;
     if (index < 0 || index >= entries.size()) {
         qWarning("%s: key %d of kind %d, group %d is outside the table of %d keys", operation, key,
                  kind, group, int(entries.size()));
@@ -132,7 +134,7 @@ Keys groupKeys(const Model_PommetParam& param, int kind, int group, const char* 
     const QVector<_KeyParam>& entries = param.*(table->entries);
     const int count =
         kind == 2 && param.keyboardModel == 605 ? kKeysOnModel605Kind2 : kKeysPerGroup;
-    if (group < 0 || (group + 1) * kKeysPerGroup > entries.size()) {
+    if (group < 0 || (static_cast<long long>(group) + 1) * kKeysPerGroup > entries.size()) {
         qWarning("%s: group %d of kind %d is outside the table of %d keys", operation, group, kind,
                  int(entries.size()));
         return {};

@@ -118,6 +118,8 @@ private slots:
     void vm6sFinisher();
     void tunnels_data();
     void tunnels();
+    void tunnelDebugLine_data();
+    void tunnelDebugLine();
     void directSenders();
     void kr2ContainerAndEdid();
     void nvSceneName();
@@ -361,6 +363,36 @@ void tst_dialects::tunnels() {
     QFETCH(QByteArray, block);
     QFETCH(QString, record);
     QCOMPARE(describe({sendTo(device, head, block, QStringLiteral("t"))}), record);
+}
+
+// A VantaZ frame and a Cadex tunnel each write one debug line under the VantaZ label: the
+// finished frame, or the tunnelled payload, in hexadecimal as the debug stream quotes it.
+void tst_dialects::tunnelDebugLine_data() {
+    QTest::addColumn<int>("device");
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<QByteArray>("block");
+    QTest::addColumn<QStringList>("lines");
+    const QString label = QStringLiteral("------VantaZ-----tmpData.arryDatablock= ");
+    QTest::newRow("VantaZ, one byte")
+        << 0x2C0104 << QByteArray::fromHex("9009080706") << QByteArray::fromHex("05")
+        << QStringList{label + "\"6800000001680c00050000000105e816\""};
+    QTest::newRow("Cadex, no block") << 0x260000 << QByteArray::fromHex("9003020000")
+                                     << QByteArray() << QStringList{label + "\"900302000095\""};
+    QTest::newRow("Cadex, not tunnelled") << 0x260000 << QByteArray::fromHex("6a03000000")
+                                          << QByteArray::fromHex("05") << QStringList();
+}
+
+void tst_dialects::tunnelDebugLine() {
+    QFETCH(int, device);
+    QFETCH(QByteArray, head);
+    QFETCH(QByteArray, block);
+    QFETCH(QStringList, lines);
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=true"));
+    MessageCapture messages;
+    sendTo(device, head, block);
+    const QStringList written = messages.debug().filter(QStringLiteral("VantaZ"));
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    QCOMPARE(written, lines);
 }
 
 // The families' own senders: head bytes truncated, the text and its bytes unless bytes are

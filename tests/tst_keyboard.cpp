@@ -2,12 +2,14 @@
 #include "biz_osd_cmdswork.h"
 #include "dal_osd.h"
 #include "dal_pommet.h"
+#include "pacing.h"
 #include "testsupport.h"
 #include "utility_manage.h"
 
 #include <QtTest>
 
 #include <chrono>
+#include <climits>
 #include <thread>
 
 namespace {
@@ -66,6 +68,7 @@ private slots:
         Model_PommetParam::gOledLength = 5;
     }
 
+    void defaultPacing(); // first: before any other test could change the pacing
     void linkFilter();
     void commands();
     void keyLeds();
@@ -73,11 +76,25 @@ private slots:
     void firmwareChoosesLayout();
     void refused_data();
     void refused();
+    void refusedAtIntLimits_data();
+    void refusedAtIntLimits();
     void oversizeLabelBlock();
     void pacingHeldInsideTheLock();
     void probes();
     void osd();
 };
+
+// The application's pacing: 10 ms after each keyboard record, 500 ms between the probes.
+void tst_keyboard::defaultPacing() {
+    QCOMPARE(dal::pacing::keyboard(), std::chrono::milliseconds(10));
+    QCOMPARE(dal::pacing::probes(), std::chrono::milliseconds(500));
+    const Model_PommetParam p = keyboard();
+    const auto start = std::chrono::steady_clock::now();
+    Dal_Pommet().getSN(p);
+    Dal_Pommet().getSN(p);
+    QVERIFY(std::chrono::steady_clock::now() - start >= std::chrono::milliseconds(18));
+    QCOMPARE(takeQueued().size(), 2);
+}
 
 // Without a confirmed link only the probes pass; nothing passes while disconnected.
 void tst_keyboard::linkFilter() {
@@ -248,6 +265,30 @@ void tst_keyboard::refused() {
         k.setKeyOled_New(kind, group, key, p);
     QVERIFY(takeQueued().isEmpty());
     QCOMPARE(messages.warnings().size(), !lengthAt && g == 5 ? 2 : 1);
+}
+
+// Groups and keys near the int limits, whose table index would wrap into the table in 32 bits.
+void tst_keyboard::refusedAtIntLimits_data() {
+    QTest::addColumn<bool>("single"); // one key, else the whole group
+    QTest::addColumn<int>("group");
+    QTest::addColumn<int>("key");
+    QTest::newRow("key, group INT_MAX") << true << INT_MAX << 121;
+    QTest::newRow("key, group INT_MIN") << true << INT_MIN << 105;
+    QTest::newRow("group INT_MAX") << false << INT_MAX << 0;
+    QTest::newRow("group INT_MAX / 16") << false << INT_MAX / 16 << 0;
+}
+
+void tst_keyboard::refusedAtIntLimits() {
+    QFETCH(bool, single);
+    QFETCH(int, group);
+    QFETCH(int, key);
+    const Model_PommetParam p = keyboard();
+    verifyRefused(
+        [&] {
+            single ? Dal_Pommet().setKeyLed(1, group, key, p)
+                   : Dal_Pommet().setGroupKeyLed(1, group, p);
+        },
+        single ? "setKeyLed" : "setGroupKeyLed", "is outside the table of 80 keys");
 }
 
 // Sixteen labels of the longest lines an entry holds outgrow the keyboard's block.
