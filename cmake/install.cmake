@@ -30,3 +30,8 @@ file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/DAL_Manage.pc.in ${CMAKE_CURRENT_BINARY_DIR}/DAL_Manage.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/DAL_Manage.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# dalctl and its bash completion, where bash-completion looks for it.
+install(TARGETS dalctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/dalctl.bash
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME dalctl)

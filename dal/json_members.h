@@ -4,7 +4,7 @@
 // travels under. The operations build their texts and blocks from these tables, and tools
 // refuse an object holding a member that no table names, since the device would never see it.
 #include <QString>
-#include <QStringList>
+#include <QVector>
 
 #include <cstddef>
 
@@ -75,7 +75,7 @@ constexpr Table table(const Member (&members)[N]) {
 }
 
 // The members an operation reads, by the operation's name; none for any other.
-inline QStringList membersReadBy(const QString& operation) {
+inline QVector<Member> membersOf(const QString& operation) {
     struct Reader {
         const char* operation;
         Table tables[2];
@@ -88,13 +88,13 @@ inline QStringList membersReadBy(const QString& operation) {
         {"setDanteAudioInfo", {table(kDanteAudio), {}}},
         {"setOutBoardAudioInfo", {table(kOutBoardAudio), {}}},
     };
-    QStringList names;
+    QVector<Member> members;
     for (const Reader& reader : kReaders)
         if (operation == QLatin1String(reader.operation))
             for (const Table& t : reader.tables)
                 for (const Member& member : t)
-                    names << QString::fromLatin1(member.name);
-    return names;
+                    members << member;
+    return members;
 }
 
 } // namespace dal::json

@@ -63,15 +63,20 @@ QString describe(const QVector<model_Protocoldata>& records) {
 
 QString run(const QString& call, const QByteArray& modelJson, int device) {
     resetLibrary();
-    Models models = Models::defaults();
-    DeviceSetting setting;
-    setting.deviceType = device;
+    const QStringList words = call.split(QLatin1Char(' '));
+    Call c;
+    c.models = Models::defaults();
+    c.utility.deviceType = device;
     try {
         if (!modelJson.isEmpty())
-            if (const QString error = models.override(modelJson); !error.isEmpty())
+            if (const QString error = c.models.apply(modelJson); !error.isEmpty())
                 return QStringLiteral("refused: ") + error;
-        return describe(runRequest(call.split(QLatin1Char(' ')), setting, models).records);
+        c.op = &operationFor(words.first(), words.mid(1));
+        c.words = words.mid(1);
+        return describe(::run(c).records);
     } catch (const UsageError& error) {
+        return QStringLiteral("refused: ") + QString::fromStdString(error.what());
+    } catch (const ArgError& error) {
         return QStringLiteral("refused: ") + QString::fromStdString(error.what());
     }
 }

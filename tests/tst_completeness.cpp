@@ -1,5 +1,4 @@
 #include "registry.h"
-#include "samples.h"
 #include "session.h"
 #include "testsupport.h"
 
@@ -106,8 +105,8 @@ void tst_completeness::everyListedOperation() {
     resetLibrary();
     Outcome outcome;
     try {
-        outcome = runRequest(sampleCall(*op), DeviceSetting(), Models::defaults());
-    } catch (const UsageError& error) {
+        outcome = run(Call{op, op->sampleWords(), Models::defaults(), UtilityValues()});
+    } catch (const ArgError& error) {
         QFAIL(error.what());
     }
     const int queued = outcome.records.size() + outcome.osdRecords.size();

@@ -1,7 +1,11 @@
-#include <QCryptographicHash>
-#include <QDataStream>
-#include <QDir>
+// dalctl run as a process: exit codes, messages, help pages, the printout's quoting read back
+// by decode, explain on a pipe, sweep and the bash completion.
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -9,86 +13,96 @@ namespace {
 
 struct Run {
     int exitCode;
-    QString out;
-    QString err;
+    QByteArray out;
+    QByteArray err;
 };
 
-Run dalctl(const QStringList& arguments, const QByteArray& input = {},
-           const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
+Run dalctl(const QStringList& arguments, const QByteArray& input = {}) {
     QProcess process;
-    process.setProcessEnvironment(environment);
     process.start(QStringLiteral(DALCTL_PATH), arguments);
     process.write(input);
     process.closeWriteChannel();
-    process.waitForFinished(30000);
+    process.waitForFinished(60000);
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+            process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-const QByteArray kTraceLine =
-    "t=1 ---addToQueue----CMD= \"68\" ---DAT1= \"12\" ---DAT2= \"7\" "
-    "---DAT3= \"0\" ---DAT4= \"0\" ---arryDatablock= \"\" ---Datablock= \"\"\n";
+// The library's trace line for CMD 68, DAT1 12, DAT2 3 (savePage of page 3), as dalctl
+// --trace shows it.
+QByteArray traceLine() {
+    const Run run = dalctl({"--trace", "raw", "68", "12", "3", "0", "0"});
+    for (const QByteArray& line : run.out.split('\n'))
+        if (line.startsWith("trace: "))
+            return line.mid(7);
+    return QByteArray();
+}
+
+// A text quoted by the printout, read as JSON reads a string (the escapes are JSON's).
+QString unquoted(const QString& quoted) {
+    const QJsonDocument doc = QJsonDocument::fromJson('[' + quoted.toUtf8() + ']');
+    return doc.isArray() ? doc.array().at(0).toString() : QStringLiteral("<unreadable>");
+}
 
 } // namespace
 
 class tst_dalctl : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase();
     void badInput_data();
     void badInput();
-    void commands_data();
-    void commands();
-    void follow();
-    void keptIndex_data();
-    void keptIndex();
-
-private:
-    QTemporaryDir folder;
-    QString log;
+    void answers_data();
+    void answers();
+    void helpPerCommand();
+    void version();
+    void quotedTextReadsBack();
+    void explainKeepsLineEndings();
+    void explainAnswersBeforeInputEnds();
+    void sweepSaysReturnedOnce();
+    void completion();
 };
 
-void tst_dalctl::initTestCase() {
-    QVERIFY(folder.isValid());
-    log = folder.filePath(QStringLiteral("app.log"));
-    QFile file(log);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("started\n" + kTraceLine);
-}
-
+// Bad input: exit 2, nothing on standard output, the problem named on standard error.
 void tst_dalctl::badInput_data() {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("message");
-    QTest::newRow("no operation") << QStringList{} << "no operation given";
-    QTest::newRow("too few arguments") << QStringList{"f_RGBtoInt", "1"} << "does not take 1";
-    QTest::newRow("not an integer")
-        << QStringList{"f_RGBtoInt", "1", "x", "3"} << "\"x\" is not an integer";
-    QTest::newRow("length past buffer")
-        << QStringList{"setCheckSum", "0102", "3"} << "buffer holds 2 bytes";
-    QTest::newRow("bad record json")
-        << QStringList{"addToQueue", "{\"head\":\"00\"}"} << "8 bytes of hex";
-    QTest::newRow("raw arity") << QStringList{"raw", "1", "2"} << "raw takes 5 or 6 arguments";
-    QTest::newRow("unknown device")
-        << QStringList{"--device", "T99", "raw", "1", "2", "3", "4", "5"} << "unknown device T99";
-    QTest::newRow("unreadable model")
-        << QStringList{"--model", "/nonexistent/m.json", "raw", "1", "2", "3", "4", "5"}
-        << "cannot read model file";
+    QTest::newRow("nothing") << QStringList{} << "no operation given";
+    QTest::newRow("unknown option") << QStringList{"--bogus", "list"} << "Unknown option 'bogus'";
     QTest::newRow("unknown operation")
-        << QStringList{"resetOutPortFPGB", "1", "2"}
-        << "unknown operation resetOutPortFPGB; did you mean: DalTarsel::resetOutPortFPGA";
-    QTest::newRow("unknown option") << QStringList{"--bogus", "raw"} << "Unknown option";
-    QTest::newRow("option of another command")
-        << QStringList{"getComBoardVer", "--timeout", "5"} << "--timeout is an option of raw";
-    QTest::newRow("decode without input") << QStringList{"decode"} << "decode takes a record";
-    QTest::newRow("decode, two inputs")
-        << QStringList{"decode", "6a03000000", "--file", "x"} << "not both";
-    QTest::newRow("decode, unreadable file")
-        << QStringList{"decode", "--file", "/nonexistent/r.txt"} << "cannot read";
-    QTest::newRow("doc into no folder")
-        << QStringList{"doc", "--out", "/nonexistent/r.html"} << "cannot write /nonexistent/r.html";
-    QTest::newRow("follow standard input")
-        << QStringList{"explain", "--follow", "-"} << "--follow needs a FILE";
+        << QStringList{"getComBoardVor"}
+        << "unknown operation getComBoardVor; did you mean: DalTarsel::getComBoardVer";
+    QTest::newRow("not an integer")
+        << QStringList{"saveScene", "3000", "x"} << "\"x\" is not an integer";
+    QTest::newRow("raw's option on an operation")
+        << QStringList{"getComBoardVer", "--timeout", "5"}
+        << "--timeout is an option of raw, not of an operation";
+    QTest::newRow("unknown family")
+        << QStringList{"--device", "T99", "getComBoardVer"}
+        << "unknown device T99: the families are native, T9, T3, KR2, NV, H40, H40B, VM6S, VantaZ, "
+           "Cadex, keyboard, OSD";
+    QTest::newRow("processor operation on the keyboard")
+        << QStringList{"--device", "keyboard", "getComBoardVer"}
+        << "never sends to the keyboard family; its families: native, T9, T3,";
+    QTest::newRow("keyboard operation on a processor")
+        << QStringList{"--device", "native", "setKeyLed", "1", "1", "1"}
+        << "never sends to the native family; its families: keyboard";
+    QTest::newRow("raw to the OSD box")
+        << QStringList{"--device", "OSD", "raw", "1", "2", "3", "4", "5"}
+        << "never sends to the OSD family";
+    QTest::newRow("raw, more than a byte") << QStringList{"raw", "0x168", "0", "0", "0", "0"}
+                                           << "0x168 is not one byte in hex (00 to ff)";
+    QTest::newRow("raw, negative")
+        << QStringList{"raw", "68", "12", "-1", "0", "0"} << "-1 is not one byte in hex";
+    QTest::newRow("JSON member not read")
+        << QStringList{"setOsdTextForT9", "3000", R"({"Text":"hello"})"}
+        << "reads no member \"Text\" of its object; it reads posX, posY,";
+    QTest::newRow("dash list with commas") << QStringList{"setLayerBlackWhiteEffect", "1,0,1"}
+                                           << "\"1,0,1\" is not numbers written 1-0-1";
+    QTest::newRow("comma list with dashes")
+        << QStringList{"setContainerAndBankArr", "3000", "1", "1-2"}
+        << "\"1-2\" is not numbers written 1,2,3";
+    QTest::newRow("explain, keyboard")
+        << QStringList{"explain", "--device", "keyboard", "-"}
+        << "trace lines come from DalTarsel's families, not keyboard";
 }
 
 void tst_dalctl::badInput() {
@@ -96,116 +110,222 @@ void tst_dalctl::badInput() {
     QFETCH(QString, message);
     const Run run = dalctl(arguments);
     QCOMPARE(run.exitCode, 2);
-    QVERIFY2(run.err.contains(message), qPrintable(run.err));
-    QVERIFY(run.out.isEmpty());
+    QVERIFY2(run.out.isEmpty(), run.out.constData());
+    QVERIFY2(QString::fromUtf8(run.err).contains(message), run.err.constData());
 }
 
-// Commands that work, options anywhere on the line: the exit code and a line of the output.
-void tst_dalctl::commands_data() {
+// Requests that are read: an answer exits 0, nothing found or queued exits 1.
+void tst_dalctl::answers_data() {
     QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("input");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("output");
-    QTest::newRow("decode, options after") << QStringList{"decode", "--device", "T3", "<GVER>"}
-                                           << QByteArray() << 0 << "getComBoardVer()";
-    QTest::newRow("negative argument")
-        << QStringList{"f_RGBtoInt", "-1", "2", "--json", "3"} << QByteArray() << 0 << "0xffff0203";
-    QTest::newRow("raw, option last")
-        << QStringList{"raw", "1", "2", "3", "4", "5", "--timeout", "7"} << QByteArray() << 0
-        << "timeout 7";
-    QTest::newRow("explain, json after") << QStringList{"explain", "@log", "--json"} << QByteArray()
-                                         << 0 << "\"operation\":\"DalTarsel::savePage\"";
-    QTest::newRow("decode a file") << QStringList{"decode", "--file", "@log"} << QByteArray() << 0
-                                   << "trace, native 68 12 07 00 00: savePage(p1=7)";
-    QTest::newRow("decode standard input")
-        << QStringList{"decode", "-", "--device", "native"} << kTraceLine << 0 << "savePage(p1=7)";
-    QTest::newRow("decode, nothing sends it")
-        << QStringList{"--device", "native", "decode", "0312070000"} << QByteArray() << 1
-        << "no operation sends it";
+    QTest::addColumn<QString>("error"); // what standard error holds, all of it
+    const QString rawHead = "head: 00 00 68 12 03 00 00 00";
+    QTest::newRow("raw, hex bytes")
+        << QStringList{"raw", "68", "12", "3", "0", "0"} << 0 << rawHead << "";
+    QTest::newRow("raw, 0x") << QStringList{"raw", "0x68", "0X12", "0x3", "00", "0"} << 0 << rawHead
+                             << "";
+    QTest::newRow("family by code, option last")
+        << QStringList{"getComBoardVer", "--device", "0x250400"} << 0 << "device 0x250400 (T3)"
+        << "";
+    QTest::newRow("negative number is a value")
+        << QStringList{"f_RGBtoInt", "-1", "2", "3"} << 0 << "returned: -65021 (0xffff0203)"
+        << "";
+    QTest::newRow("queues nothing")
+        << QStringList{"setKeyLed", "1", "1", "1"} << 1 << "no record queued"
+        << "warning: setKeyLed: key 1 of kind 1, group 1 is outside the table of 80 keys\n";
+    QTest::newRow("list, nothing matches") << QStringList{"list", "nothingmatches"} << 1 << ""
+                                           << "dalctl: no operation matches nothingmatches\n";
+    QTest::newRow("OSD by name") << QStringList{"--device", "OSD", "clearScreen", "tag1"} << 0
+                                 << "OSD record 1: tag \"tag1\""
+                                 << "";
+    QTest::newRow("sent to another family than named")
+        << QStringList{"--device", "native", "setEDIDForT9", "3000", "1", "2", "3"} << 0
+        << "record 1: device 0x250300 (T9)"
+        << "dalctl: note: setEDIDForT9 sends to T9 whatever the device; native was named\n";
+    QTest::newRow("sent to the family named")
+        << QStringList{"--device", "T9", "setEDIDForT9", "3000", "1", "2", "3"} << 0
+        << "record 1: device 0x250300 (T9)"
+        << "";
+    QTest::newRow("list, dash list")
+        << QStringList{"list", "setLayerBlackWhiteEffect"} << 0
+        << "DalTarsel::setLayerBlackWhiteEffect(DashNumbers effects)    # effects: numbers 1-2-3"
+        << "";
+    QTest::newRow("list, comma list")
+        << QStringList{"list", "setContainerAndBankArr"} << 0 << "# banks: numbers 1,2,3"
+        << "";
+    QTest::newRow("list, JSON") << QStringList{"list", "setOsdTextForT9"} << 0
+                                << "# osd: JSON of posX posY"
+                                << "";
 }
 
-void tst_dalctl::commands() {
+void tst_dalctl::answers() {
     QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, input);
     QFETCH(int, exitCode);
     QFETCH(QString, output);
-    arguments.replaceInStrings(QStringLiteral("@log"), log);
-    const Run run = dalctl(arguments, input);
+    QFETCH(QString, error);
+    const Run run = dalctl(arguments);
     QCOMPARE(run.exitCode, exitCode);
-    QVERIFY2(run.out.contains(output), qPrintable(run.out + run.err));
+    QVERIFY2(QString::fromUtf8(run.out).contains(output), run.out.constData());
+    QCOMPARE(QString::fromUtf8(run.err), error);
 }
 
-// A followed log is annotated line by line as it grows, and from the start once truncated.
-void tst_dalctl::follow() {
-    const QString path = folder.filePath(QStringLiteral("followed.log"));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    QProcess process;
-    process.start(QStringLiteral(DALCTL_PATH), {"explain", "--follow", path});
-    QVERIFY(process.waitForStarted());
-    auto written = [&](const QByteArray& line, const QByteArray& expected) {
-        file.write(line);
-        QByteArray seen;
-        while (!seen.contains(expected) && process.waitForReadyRead(5000))
-            seen += process.readAllStandardOutput();
-        return seen.contains(expected);
-    };
-    QVERIFY(written("first\n", "first\n"));
-    QVERIFY(written(kTraceLine, "# dal: savePage(p1=7)\n"));
-    QVERIFY(written("a line in two", QByteArray()) && !process.waitForReadyRead(300));
-    QVERIFY(written(" parts\n", "a line in two parts\n"));
-    QVERIFY(file.resize(0) && file.seek(0));
-    QVERIFY(written("after truncation\n", "after truncation\n"));
-    process.kill();
-    process.waitForFinished();
-}
-
-// A kept index that does not read back whole is learnt anew, with the same answers.
-void tst_dalctl::keptIndex_data() {
-    // bytes kept of each file; -1 flips one in the middle; -2 names an operation the registry
-    // does not have, under a digest that matches
-    QTest::addColumn<int>("cut");
-    QTest::newRow("flipped byte") << -1;
-    QTest::newRow("unknown operation, digest right") << -2;
-    QTest::newRow("cut short") << 100;
-}
-
-void tst_dalctl::keptIndex() {
-    QFETCH(int, cut);
-    QTemporaryDir cache;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_CACHE_HOME"), cache.path());
-    // A trace line is read with the family's index only, so no keyboard has to be learnt.
-    const QStringList call{"decode", "--device", "T3", QString::fromLatin1(kTraceLine)};
-    const Run learnt = dalctl(call, {}, environment);
-    QCOMPARE(learnt.exitCode, 0);
-    const QDir kept(cache.filePath(QStringLiteral("dalctl")));
-    const QStringList files = kept.entryList({QStringLiteral("*.index")});
-    QCOMPARE(files.size(), 1);
-    QFile file(kept.filePath(files.first()));
-    QVERIFY(file.open(QIODevice::ReadWrite));
-    const QByteArray whole = file.readAll();
-    QByteArray spoilt = whole;
-    if (cut == -2) {
-        QDataStream in(whole);
-        QByteArray magic, payload, digest;
-        in >> magic >> payload >> digest;
-        payload.replace(4, 4, QByteArray("\x7f\xff\xff\xff", 4)); // the first signature's
-        spoilt.clear();
-        QDataStream out(&spoilt, QIODevice::WriteOnly);
-        out << magic << payload << QCryptographicHash::hash(payload, QCryptographicHash::Sha1);
-    } else if (cut == -1) {
-        spoilt[spoilt.size() / 2] = char(~spoilt[spoilt.size() / 2]);
-    } else {
-        spoilt.truncate(cut);
+// Each command's page describes it alone: its usage, only the options it reads, an example.
+void tst_dalctl::helpPerCommand() {
+    const QStringList commands{"list",   "raw", "demo",       "sweep",    "explain",
+                               "decode", "doc", "completion", "saveScene"};
+    QMap<QString, QStringList> options; // the options each page describes
+    QSet<QByteArray> pages{dalctl({"--help"}).out};
+    for (const QString& command : commands) {
+        const Run run = dalctl({command, "--help"});
+        QCOMPARE(run.exitCode, 0);
+        const QString page = QString::fromUtf8(run.out);
+        QVERIFY2(page.startsWith("usage: dalctl " + command) ||
+                     page.startsWith("usage: dalctl [options] DalTarsel::" + command + '('),
+                 qPrintable(page));
+        QVERIFY2(page.contains("\nExample:\n  "), qPrintable(page));
+        pages << run.out;
+        auto it = QRegularExpression("^  (--[a-z-]+)", QRegularExpression::MultilineOption)
+                      .globalMatch(page);
+        while (it.hasNext())
+            options[command] << it.next().captured(1);
     }
-    QVERIFY(file.resize(0) && file.seek(0) && file.write(spoilt) == spoilt.size());
-    file.close();
-    const Run again = dalctl(call, {}, environment);
-    QCOMPARE(again.exitCode, 0);
-    QCOMPARE(again.out, learnt.out);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), whole);
+    QCOMPARE(pages.size(), commands.size() + 1);
+    QCOMPARE(options.value("list"), QStringList());
+    QCOMPARE(options["decode"], QStringList({"--device", "--json", "--file"}));
+    QVERIFY(options["raw"].contains("--timeout") && options["raw"].contains("--text"));
+    QVERIFY(!options["saveScene"].contains("--timeout") &&
+            options["saveScene"].contains("--model"));
+}
+
+// The version of the library as the project declares it, and the Qt it runs on.
+void tst_dalctl::version() {
+    QFile project(QStringLiteral(DAL_SOURCE_DIR "/../CMakeLists.txt"));
+    QVERIFY(project.open(QIODevice::ReadOnly));
+    const auto declared = QRegularExpression("project\\(DAL_Manage VERSION ([0-9.]+)")
+                              .match(QString::fromUtf8(project.readAll()));
+    QVERIFY(declared.hasMatch());
+    const Run run = dalctl({"--version"});
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY2(run.out.contains("libDAL_Manage " + declared.captured(1).toUtf8()),
+             run.out.constData());
+    QVERIFY2(run.out.contains(QByteArray("Qt ") + qVersion()), run.out.constData());
+}
+
+// A text with quotes, backslashes, a line break that would start a record of its own and
+// control characters prints as one record, and decode reads the printout back to the
+// operation and the very text.
+void tst_dalctl::quotedTextReadsBack() {
+    const QString text = QStringLiteral("a\"b\\c\nrecord 2: x\x01\ty\r");
+    const Run printed = dalctl({"setCurrentSceneIndexForSysPlan", "1", text});
+    QCOMPARE(printed.exitCode, 0);
+    const QByteArrayList lines = printed.out.split('\n');
+    QCOMPARE(lines.size(), 5); // four lines and their ends
+    QVERIFY(lines[0].startsWith("record 1: ") && !printed.out.contains("\nrecord 2"));
+    QVERIFY(!printed.out.contains('\x01') && !printed.out.contains('\t') &&
+            !printed.out.contains('\r'));
+    const QString datablock = QString::fromUtf8(lines[2].trimmed());
+    QVERIFY2(datablock.startsWith("Datablock: "), lines[2].constData());
+    QCOMPARE(unquoted(datablock.mid(11)), text);
+
+    const Run decoded = dalctl({"decode", "-"}, printed.out);
+    QCOMPARE(decoded.exitCode, 0);
+    const QString answer = QString::fromUtf8(decoded.out);
+    QVERIFY2(answer.startsWith("record 1 (line 1): ") &&
+                 answer.contains("setCurrentSceneIndexForSysPlan("),
+             qPrintable(answer));
+    QVERIFY2(!answer.contains(QLatin1Char('\x01')) && !answer.contains("\nrecord 2"),
+             qPrintable(answer));
+    // The replay, pasted into bash, prints the record again.
+    const auto replay =
+        QRegularExpression("replay: (dalctl .*)$", QRegularExpression::MultilineOption)
+            .match(answer);
+    QVERIFY2(replay.hasMatch(), qPrintable(answer));
+    QProcess bash;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DALCTL"), QStringLiteral(DALCTL_PATH));
+    bash.setProcessEnvironment(environment);
+    bash.start(QStringLiteral("bash"),
+               {"-c", "dalctl() { \"$DALCTL\" \"$@\"; }; " + replay.captured(1)});
+    QVERIFY(bash.waitForFinished(60000));
+    QCOMPARE(bash.readAllStandardOutput(), printed.out);
+}
+
+// Each line leaves with the ending it came with: CRLF, LF, or none on the last line.
+void tst_dalctl::explainKeepsLineEndings() {
+    const QByteArray trace = traceLine();
+    QVERIFY(trace.startsWith("---addToQueue----CMD= \"68\""));
+    const Run run = dalctl({"explain", "-"}, "x\r\n12:00 " + trace + "\r\nplain\n" + trace);
+    QCOMPARE(run.exitCode, 0);
+    const QByteArrayList lines = run.out.split('\n');
+    QCOMPARE(lines.size(), 4);
+    QCOMPARE(lines[0], QByteArray("x\r"));
+    QVERIFY2(lines[1].startsWith("12:00 " + trace + "  # dal: ") &&
+                 lines[1].contains("savePage(page=3)") && lines[1].endsWith("]\r"),
+             lines[1].constData());
+    QCOMPARE(lines[2], QByteArray("plain"));
+    QVERIFY2(lines[3].startsWith(trace + "  # dal: savePage(page=3)") && lines[3].endsWith(']'),
+             lines[3].constData());
+}
+
+// Reading a pipe, explain writes each line's answer as soon as the line is whole.
+void tst_dalctl::explainAnswersBeforeInputEnds() {
+    const QByteArray trace = traceLine();
+    QProcess process;
+    process.start(QStringLiteral(DALCTL_PATH), {"explain", "-"});
+    QVERIFY(process.waitForStarted());
+    process.write(trace + '\n');
+    QByteArray seen;
+    while (!seen.contains('\n') && process.waitForReadyRead(20000))
+        seen += process.readAllStandardOutput();
+    QCOMPARE(process.state(), QProcess::Running); // its input is still open
+    QVERIFY2(seen.startsWith(trace + "  # dal: savePage(page=3)"), seen.constData());
+    process.closeWriteChannel();
+    QVERIFY(process.waitForFinished(20000));
+    QCOMPARE(process.exitCode(), 0);
+}
+
+// The sweep runs every operation of every family; a returned value is labelled once.
+void tst_dalctl::sweepSaysReturnedOnce() {
+    const Run run = dalctl({"sweep"});
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY(run.out.contains("\nreturned: "));
+    QVERIFY(run.out.contains("== keyboard: ") && run.out.contains("== OSD: "));
+    for (const QByteArray& line : run.out.split('\n'))
+        QVERIFY2(!line.contains("returned: returned:"), line.constData());
+}
+
+// The script, sourced into bash, completes commands, operations and families.
+void tst_dalctl::completion() {
+    if (QStandardPaths::findExecutable("bash").isEmpty())
+        QSKIP("no bash");
+    const Run run = dalctl({"completion"});
+    QCOMPARE(run.exitCode, 0);
+    QTemporaryDir folder;
+    QFile script(folder.filePath("dalctl.bash"));
+    QVERIFY(script.open(QIODevice::WriteOnly) && script.write(run.out) == run.out.size());
+    script.close();
+    const auto complete = [&](const QString& words) {
+        QProcess bash;
+        bash.start("bash",
+                   {"-c", QStringLiteral("source %1 && COMP_WORDS=(%2) && "
+                                         "COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _dalctl && "
+                                         "echo \"${COMPREPLY[*]}\"")
+                              .arg(script.fileName(), words)});
+        if (!bash.waitForFinished(20000) || bash.exitCode() != 0)
+            return QStringList{"bash failed: " + QString::fromUtf8(bash.readAllStandardError())};
+        return QString::fromUtf8(bash.readAllStandardOutput())
+            .simplified()
+            .split(' ', Qt::SkipEmptyParts);
+    };
+    QCOMPARE(complete("dalctl expl"), QStringList{"explain"});
+    const QStringList d = complete("dalctl d");
+    QVERIFY(d.contains("demo") && d.contains("decode") && d.contains("doc") && d.contains("doCut"));
+    QVERIFY(complete("dalctl getComBoard").contains("getComBoardVer"));
+    QVERIFY(complete("dalctl setKeyO").contains("setKeyOled_P5"));
+    QCOMPARE(complete("dalctl --device V"), QStringList({"VM6S", "VantaZ"}));
+    QCOMPARE(complete("dalctl --device k"), QStringList{"keyboard"});
+    QCOMPARE(complete("dalctl --device O"), QStringList{"OSD"});
 }
 
 QTEST_GUILESS_MAIN(tst_dalctl)

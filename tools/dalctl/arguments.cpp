@@ -1,5 +1,9 @@
 #include "arguments.h"
 
+#include "records.h"
+
+#include <QJsonDocument>
+
 #include <algorithm>
 
 namespace args {
@@ -9,6 +13,29 @@ namespace {
 [[noreturn]] void fail(const QString& message) { throw ArgError(message.toStdString()); }
 
 } // namespace
+
+const KindInfo& infoOf(Kind kind) {
+    // Beyond ASCII, with a quote, so that encodings and the trace line's escaping are exercised.
+    static const KindInfo kText{"text", "t\u00e9xt \"\u2713\"", "ab"};
+    static const KindInfo kInfos[] = {
+        {"integer", "1", "2"},
+        {"true|false", "true", "false"},
+        {"decimal", "1.5", "2.25"},
+        kText,
+        {"hex bytes", "0102030405060708", "0a0b0c"},
+        {"numbers 1,2,3", "1,2", "3,4,5"},
+        {"numbers 1-2-3", "1-2", "3-4-5"},
+        {"JSON object", "{}", "{}"},
+        {"record as JSON", "{\"head\":\"00006a0300000000\",\"timeout\":3000}",
+         "{\"head\":\"00006a0300000000\",\"timeout\":3000}"},
+        {"OSD record as JSON",
+         "{\"header\":\"0102030405060708090a0b\",\"tag\":\"t\",\"payload\":\"a1b2\"}",
+         "{\"header\":\"0102030405060708090a0b\",\"tag\":\"t\",\"payload\":\"a1b2\"}"},
+        {"", "", ""},
+        {"", "", ""},
+    };
+    return kInfos[static_cast<int>(kind)];
+}
 
 long long parseInteger(const QString& text, long long min, long long max) {
     const QString t = text.trimmed();
@@ -50,9 +77,7 @@ QByteArray parseHex(const QString& text) {
     digits.remove(QLatin1Char(' ')).remove(QLatin1Char(':'));
     if (digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
         digits = digits.mid(2);
-    static const QString hexDigits = QStringLiteral("0123456789abcdefABCDEF");
-    if (digits.size() % 2 != 0 ||
-        !std::all_of(digits.begin(), digits.end(), [](QChar c) { return hexDigits.contains(c); }))
+    if (!isHexPairs(digits))
         fail(QStringLiteral("\"%1\" is not hex bytes (pairs of hex digits)").arg(text));
     return QByteArray::fromHex(digits.toLatin1());
 }
@@ -63,6 +88,41 @@ QJsonObject parseJsonObject(const QString& text) {
     if (!doc.isObject())
         fail(QStringLiteral("\"%1\" is not a JSON object").arg(text));
     return doc.object();
+}
+
+// Numbers between separators; an empty text is no numbers. A dash list has no room for a
+// minus sign, so its numbers are whole and not negative.
+QVector<int> parseNumbers(const QString& text, QChar separator) {
+    QVector<int> numbers;
+    if (text.isEmpty())
+        return numbers;
+    const bool dashes = separator == QLatin1Char('-');
+    for (const QString& item : text.split(separator)) {
+        try {
+            numbers << static_cast<int>(
+                parseInteger(item.trimmed(), dashes ? 0 : INT_MIN, INT_MAX));
+        } catch (const ArgError&) {
+            fail(QStringLiteral("\"%1\" is not numbers written %2")
+                     .arg(text, QLatin1String(dashes ? "1-0-1" : "1,2,3")));
+        }
+    }
+    return numbers;
+}
+
+model_Protocoldata parseRecord(const QString& text) {
+    model_Protocoldata rec;
+    QString error;
+    if (!recordFromJson(parseJsonObject(text), rec, error))
+        fail(error);
+    return rec;
+}
+
+model_OsdParam parseOsdRecord(const QString& text) {
+    model_OsdParam rec;
+    QString error;
+    if (!osdRecordFromJson(parseJsonObject(text), rec, error))
+        fail(error);
+    return rec;
 }
 
 } // namespace args

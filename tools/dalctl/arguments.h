@@ -1,18 +1,14 @@
 #pragma once
 
+#include "model_osdparam.h"
 #include "model_protocoldata.h"
 #include "models.h"
-#include "records.h"
 
 #include <QByteArray>
-#include <QJsonDocument>
 #include <QJsonObject>
-#include <QList>
 #include <QString>
-#include <QStringList>
 #include <QVector>
 
-#include <algorithm>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -25,47 +21,83 @@ struct ArgError : std::runtime_error {
 
 namespace args {
 
+// What one parameter takes on the command line. Each parameter type's holder below names its
+// kind, and the kind names its written form, its sample word and a second word.
+enum class Kind {
+    Integer,     // decimal or 0x-hex
+    Boolean,     // true, false, 1 or 0
+    Decimal,     // 1.5
+    Text,        // as it stands
+    Bytes,       // hex pairs
+    Numbers,     // an int array, "1,2,3"
+    DashNumbers, // a text of numbers the library splits at dashes, "1-0-1"
+    Json,        // a JSON object
+    Record,      // a protocol record as `dalctl --json` prints it
+    OsdRecord,   // an OSD record as `dalctl --json` prints it
+    Model,       // a model record: no argument, it comes from the built-in models or --model
+    Out,         // a scalar the operation writes: no argument, shown after the call
+};
+
+struct KindInfo {
+    const char* written; // the written form, as `dalctl list` shows it
+    const char* sample;  // the word sample calls take
+    const char* second;  // another word, of another length where the kind has one
+};
+const KindInfo& infoOf(Kind kind);
+constexpr bool takesArgument(Kind kind) { return kind != Kind::Model && kind != Kind::Out; }
+
 long long parseInteger(const QString& text, long long min, long long max);
 double parseDecimal(const QString& text);
 bool parseBool(const QString& text);
 QByteArray parseHex(const QString& text);
 QJsonObject parseJsonObject(const QString& text);
+QVector<int> parseNumbers(const QString& text, QChar separator);
+
+template <class P>
+using ValueOf = std::remove_cv_t<std::remove_reference_t<P>>;
 
 template <class T>
 constexpr bool isModel = std::is_same_v<T, ModelTarsel> || std::is_same_v<T, ModelScene> ||
                          std::is_same_v<T, ModelBankPlayer> || std::is_same_v<T, Model_PommetParam>;
-
-// How one parameter of declared type P is filled. Parameters that take a command-line
-// argument parse it; model records come from Models; scalar out-parameters (non-const
-// references) take nothing and are shown after the call.
-template <class P, class Enable = void>
-struct Holder;
-
-template <class P>
-using ValueOf = std::remove_cv_t<std::remove_reference_t<P>>;
 
 template <class P>
 constexpr bool isOutScalar =
     std::is_lvalue_reference_v<P> && !std::is_const_v<std::remove_reference_t<P>> &&
     std::is_arithmetic_v<ValueOf<P>>;
 
+// The common part of every holder: no integer value, no buffer, nothing written back.
+struct Plain {
+    std::optional<long long> integer() const { return std::nullopt; }
+    std::optional<int> bufferSize() const { return std::nullopt; }
+    QString output() const { return QString(); }
+};
+
+// How one parameter of declared type P is filled from its word.
+template <class P, class Enable = void>
+struct Holder;
+
 template <class P>
 struct Holder<P, std::enable_if_t<std::is_arithmetic_v<ValueOf<P>> && !isOutScalar<P>>> {
     using T = ValueOf<P>;
-    static constexpr bool takesArgument = true;
+    static constexpr Kind kind = std::is_same_v<T, bool>       ? Kind::Boolean
+                                 : std::is_floating_point_v<T> ? Kind::Decimal
+                                                               : Kind::Integer;
+    static constexpr long long min =
+        std::is_integral_v<T> ? static_cast<long long>(std::numeric_limits<T>::min()) : 0;
+    static constexpr long long max =
+        std::is_integral_v<T> ? static_cast<long long>(std::numeric_limits<T>::max()) : 0;
     T value{};
     void parse(const QString& text, Models&) {
-        if constexpr (std::is_same_v<T, bool>)
+        if constexpr (kind == Kind::Boolean)
             value = parseBool(text);
-        else if constexpr (std::is_floating_point_v<T>)
+        else if constexpr (kind == Kind::Decimal)
             value = static_cast<T>(parseDecimal(text));
         else
-            value = static_cast<T>(
-                parseInteger(text, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
+            value = static_cast<T>(parseInteger(text, min, max));
     }
     T& get() { return value; }
     std::optional<long long> integer() const {
-        if constexpr (std::is_integral_v<T>)
+        if constexpr (kind == Kind::Integer)
             return static_cast<long long>(value);
         return std::nullopt;
     }
@@ -74,14 +106,13 @@ struct Holder<P, std::enable_if_t<std::is_arithmetic_v<ValueOf<P>> && !isOutScal
 };
 
 template <class P>
-struct Holder<P, std::enable_if_t<isOutScalar<P>>> {
+struct Holder<P, std::enable_if_t<isOutScalar<P>>> : Plain {
     using T = ValueOf<P>;
-    static constexpr bool takesArgument = false;
+    static constexpr Kind kind = Kind::Out;
+    static constexpr long long min = 0, max = 0;
     T value{};
     void parse(const QString&, Models&) {}
     T& get() { return value; }
-    std::optional<long long> integer() const { return std::nullopt; }
-    std::optional<int> bufferSize() const { return std::nullopt; }
     QString output() const {
         if constexpr (std::is_floating_point_v<T>)
             return QString::number(value);
@@ -94,82 +125,46 @@ struct Holder<P, std::enable_if_t<isOutScalar<P>>> {
     }
 };
 
-// Plain values parsed from one argument.
-template <class T>
-struct ValueHolder {
-    static constexpr bool takesArgument = true;
+// A value parsed from its word by `Parse`.
+template <class T, Kind K, T (*Parse)(const QString&)>
+struct Parsed : Plain {
+    static constexpr Kind kind = K;
+    static constexpr long long min = 0, max = 0;
     T value{};
+    void parse(const QString& text, Models&) { value = Parse(text); }
     T& get() { return value; }
-    std::optional<long long> integer() const { return std::nullopt; }
-    std::optional<int> bufferSize() const { return std::nullopt; }
-    QString output() const { return QString(); }
 };
+
+inline QString asText(const QString& text) { return text; }
+model_Protocoldata parseRecord(const QString& text);
+model_OsdParam parseOsdRecord(const QString& text);
 
 template <class P>
-struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, QString>>> : ValueHolder<QString> {
-    void parse(const QString& text, Models&) { value = text; }
-};
-
+struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, QString>>>
+    : Parsed<QString, Kind::Text, asText> {};
 template <class P>
 struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, QByteArray>>>
-    : ValueHolder<QByteArray> {
-    void parse(const QString& text, Models&) { value = parseHex(text); }
-};
-
+    : Parsed<QByteArray, Kind::Bytes, parseHex> {};
 template <class P>
 struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, QJsonObject>>>
-    : ValueHolder<QJsonObject> {
-    void parse(const QString& text, Models&) { value = parseJsonObject(text); }
-};
-
-template <class P>
-struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, QStringList>>>
-    : ValueHolder<QStringList> {
-    void parse(const QString& text, Models&) { value = text.split(QLatin1Char(',')); }
-};
-
-template <class P>
-struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, QList<int>> ||
-                                  std::is_same_v<ValueOf<P>, QVector<int>>>>
-    : ValueHolder<ValueOf<P>> {
-    void parse(const QString& text, Models&) {
-        this->value.clear();
-        if (text.isEmpty())
-            return;
-        for (const QString& item : text.split(QLatin1Char(',')))
-            this->value.append(static_cast<int>(parseInteger(
-                item.trimmed(), std::numeric_limits<int>::min(), std::numeric_limits<int>::max())));
-    }
-};
-
+    : Parsed<QJsonObject, Kind::Json, parseJsonObject> {};
 template <class P>
 struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, model_Protocoldata>>>
-    : ValueHolder<model_Protocoldata> {
-    void parse(const QString& text, Models&) {
-        QString error;
-        if (!recordFromJson(parseJsonObject(text), value, error))
-            throw ArgError(error.toStdString());
-    }
-};
-
+    : Parsed<model_Protocoldata, Kind::Record, parseRecord> {};
 template <class P>
 struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, model_OsdParam>>>
-    : ValueHolder<model_OsdParam> {
-    void parse(const QString& text, Models&) {
-        QString error;
-        if (!osdRecordFromJson(parseJsonObject(text), value, error))
-            throw ArgError(error.toStdString());
-    }
-};
+    : Parsed<model_OsdParam, Kind::OsdRecord, parseOsdRecord> {};
 
 // A byte buffer given as hex. Zeros follow the bytes given: one spare byte for builders that
 // write a checksum just after the block, and at least kByteBufferReserve bytes in all, since an
 // operation whose length parameter does not follow the buffer (setInputPortEdid) escapes the
-// length check below and reads up to its own 1023-byte limit.
+// length check and reads up to its own 1023-byte limit.
 constexpr int kByteBufferReserve = 1024;
 template <class P>
-struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P>()) == 1>> {
-    static constexpr bool takesArgument = true;
+struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P>()) == 1>>
+    : Plain {
+    static constexpr Kind kind = Kind::Bytes;
+    static constexpr long long min = 0, max = 0;
     QByteArray bytes;
     int size = 0;
     void parse(const QString& text, Models&) {
@@ -178,9 +173,7 @@ struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P
         bytes.append(QByteArray(std::max(1, kByteBufferReserve - size), '\0'));
     }
     P get() { return reinterpret_cast<P>(bytes.data()); }
-    std::optional<long long> integer() const { return std::nullopt; }
     std::optional<int> bufferSize() const { return size; }
-    QString output() const { return QString(); }
 };
 
 // An int array given as "1,2,3". It is padded with zeros to kIntArrayReserve entries, more
@@ -188,33 +181,25 @@ struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P
 // container never reads past it.
 constexpr int kIntArrayReserve = 4096;
 template <class P>
-struct Holder<P, std::enable_if_t<std::is_same_v<P, int*>>> {
-    static constexpr bool takesArgument = true;
+struct Holder<P, std::enable_if_t<std::is_same_v<P, int*>>> : Plain {
+    static constexpr Kind kind = Kind::Numbers;
+    static constexpr long long min = std::numeric_limits<int>::min();
+    static constexpr long long max = std::numeric_limits<int>::max();
     QVector<int> values;
     void parse(const QString& text, Models&) {
-        values.clear();
-        if (!text.isEmpty())
-            for (const QString& item : text.split(QLatin1Char(',')))
-                values.append(
-                    static_cast<int>(parseInteger(item.trimmed(), std::numeric_limits<int>::min(),
-                                                  std::numeric_limits<int>::max())));
-        values.resize(std::max<qsizetype>(values.size(), kIntArrayReserve));
+        values = parseNumbers(text, QLatin1Char(','));
+        values.resize(std::max<int>(values.size(), kIntArrayReserve));
     }
     int* get() { return values.data(); }
-    std::optional<long long> integer() const { return std::nullopt; }
-    std::optional<int> bufferSize() const { return std::nullopt; }
-    QString output() const { return QString(); }
 };
 
 template <class P>
-struct Holder<P, std::enable_if_t<isModel<ValueOf<P>>>> {
-    static constexpr bool takesArgument = false;
+struct Holder<P, std::enable_if_t<isModel<ValueOf<P>>>> : Plain {
+    static constexpr Kind kind = Kind::Model;
+    static constexpr long long min = 0, max = 0;
     ValueOf<P>* model = nullptr;
     void parse(const QString&, Models& models) { model = &ModelArg<ValueOf<P>>::from(models); }
     ValueOf<P>& get() { return *model; }
-    std::optional<long long> integer() const { return std::nullopt; }
-    std::optional<int> bufferSize() const { return std::nullopt; }
-    QString output() const { return QString(); }
 };
 
 } // namespace args

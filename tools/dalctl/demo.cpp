@@ -1,13 +1,12 @@
-#include "records.h"
-#include "session.h"
+#include "sweep.h"
 
-#include <QTextStream>
+#include "session.h"
 
 namespace {
 
 struct DemoRequest {
     const char* title;
-    QStringList call;
+    QStringList call; // an operation and its words, or "raw" and its bytes
 };
 
 // Representative requests, each shown for every family.
@@ -19,23 +18,30 @@ const DemoRequest kRequests[] = {
     {"layer write", {"setLayerDate", "0", "1"}},
     {"whole-scene write", {"setSceneDate", "0"}},
     {"fan speed", {"setFanSpeed"}},
-    {"modal read", {"raw", "0xF1", "8", "4", "0", "0"}},
-    {"board-level input query", {"raw", "0x90", "0x03", "2", "0", "0", "05"}},
+    {"modal read", {"raw", "f1", "8", "4", "0", "0"}},
+    {"board-level input query", {"raw", "90", "3", "2", "0", "0", "05"}},
 };
-
-const char* const kFamilies[] = {"native", "T9",   "T3",   "KR2",    "NV",
-                                 "H40",    "H40B", "VM6S", "VantaZ", "Cadex"};
 
 } // namespace
 
 void printDemo(QTextStream& out) {
+    const Models models = Models::defaults();
     for (const DemoRequest& request : kRequests) {
         out << request.title << ": dalctl " << request.call.join(QLatin1Char(' ')) << '\n';
-        for (const char* family : kFamilies) {
-            DeviceSetting device;
-            deviceTypeFromText(QString::fromLatin1(family), device.deviceType);
-            const Outcome outcome = runRequest(request.call, device, Models::defaults());
-            const QString label = QString::fromLatin1(family).leftJustified(7);
+        for (const Family& family : families()) {
+            if (family.className != QLatin1String("DalTarsel"))
+                continue;
+            UtilityValues utility;
+            utility.deviceType = family.code;
+            Outcome outcome;
+            if (request.call.first() == QLatin1String("raw")) {
+                outcome = runRaw(request.call.mid(1), 3000, QString(), utility);
+            } else {
+                const QStringList words = request.call.mid(1);
+                outcome =
+                    run(Call{&operationFor(request.call.first(), words), words, models, utility});
+            }
+            const QString label = family.name.leftJustified(7);
             if (outcome.records.isEmpty())
                 out << "  " << label << "(nothing queued)\n";
             for (const model_Protocoldata& rec : outcome.records)
@@ -43,4 +49,5 @@ void printDemo(QTextStream& out) {
         }
         out << '\n';
     }
+    out.flush();
 }

@@ -2,7 +2,6 @@
 
 #include "engine.h"
 #include "records.h"
-#include "samples.h"
 #include "session.h"
 
 #include <QFile>
@@ -17,26 +16,6 @@ namespace {
 
 const char kPlaceholder[] = "@DAL_REFERENCE_JSON@";
 
-struct Column {
-    QString family;
-    int code;   // the family's device type; 0 for the OSD box, which has none
-    int device; // the index the engine learnt the family's records in
-    QString className;
-};
-
-QVector<Column> columns() {
-    QVector<Column> all;
-    const QStringList names = familyNames();
-    const QVector<int> codes = familyCodes();
-    for (int i = 0; i < names.size(); ++i)
-        if (names[i] == QLatin1String("keyboard"))
-            all << Column{names[i], codes[i], engine::kAccessories, QStringLiteral("Dal_Pommet")};
-        else
-            all << Column{names[i], codes[i], codes[i], QStringLiteral("DalTarsel")};
-    all << Column{QStringLiteral("OSD"), 0, engine::kAccessories, QStringLiteral("dal_Osd")};
-    return all;
-}
-
 QJsonArray marksOf(const QVector<QStringList>& marks) {
     QJsonArray all;
     for (const QStringList& names : marks)
@@ -44,62 +23,63 @@ QJsonArray marksOf(const QVector<QStringList>& marks) {
     return all;
 }
 
-// What the operation queues on one family: as the engine learnt it, or, for what the engine
-// does not learn (and a call that queues nothing), from a call of its own.
-QJsonObject resultOf(const Operation& op, const Column& column) {
+// What the operation queues on one family with its sample words, each byte of a record's head
+// and block marked with what produced it; an operation the engine does not read has its
+// records without marks.
+QJsonObject resultOf(const Operation& op, const Family& family) {
     QJsonArray records;
-    if (explainable(op))
-        for (const engine::SampleRecord& r : engine::sampleRecords(column.device, op)) {
+    QString returned, refused;
+    if (engine::explainable(op)) {
+        for (const engine::SampleRecord& r : engine::sampleRecords(op, family)) {
             QJsonObject record = r.json;
             record.insert(QStringLiteral("marks"), marksOf(r.marks));
+            record.insert(QStringLiteral("blockMarks"), marksOf(r.blockMarks));
             records << record;
         }
-    QString returned, refused;
-    if (records.isEmpty()) {
-        DeviceSetting device;
-        if (column.device != engine::kAccessories)
-            device.deviceType = column.device;
-        try {
-            const Outcome outcome =
-                runOperation(op, sampleCall(op).mid(1), device, Models::defaults());
-            returned = outcome.returned;
-            for (const model_Protocoldata& rec : outcome.records) {
-                QJsonObject record = recordJson(rec);
-                record.insert(QStringLiteral("marks"),
-                              marksOf(QVector<QStringList>(sizeof rec.cmdHead)));
-                records << record;
-            }
-            for (const model_OsdParam& rec : outcome.osdRecords) {
-                QJsonObject record = osdRecordJson(rec);
-                record.insert(QStringLiteral("marks"),
-                              marksOf(QVector<QStringList>(sizeof rec.frameHead)));
-                records << record;
-            }
-        } catch (const std::exception& e) {
-            refused = QString::fromLocal8Bit(e.what());
-        }
     }
-    return {{QStringLiteral("family"), column.family},
+    Call call;
+    call.op = &op;
+    call.words = op.sampleWords();
+    static const Models defaults = Models::defaults(); // building them costs more than a call
+    call.models = defaults;
+    call.utility.deviceType = family.code;
+    try {
+        const Outcome outcome = run(call);
+        returned = outcome.returned;
+        if (!engine::explainable(op)) {
+            for (const model_Protocoldata& rec : outcome.records)
+                records << recordJson(rec);
+            for (const model_OsdParam& rec : outcome.osdRecords)
+                records << osdRecordJson(rec);
+        }
+    } catch (const std::exception& e) {
+        refused = QString::fromLocal8Bit(e.what());
+    }
+    return {{QStringLiteral("family"), family.name},
             {QStringLiteral("returned"), returned},
             {QStringLiteral("refused"), refused},
             {QStringLiteral("records"), records}};
 }
 
-QJsonObject operationOf(const Operation& op, const QVector<Column>& all) {
+QJsonObject operationOf(const Operation& op) {
     QJsonArray arguments;
-    const QStringList sample = sampleCall(op).mid(1);
-    for (int i = 0; i < op.argumentTypes.size(); ++i)
-        arguments << QJsonObject{{QStringLiteral("name"), op.argumentNames.value(i)},
-                                 {QStringLiteral("type"), op.argumentTypes[i]},
-                                 {QStringLiteral("sample"), sample[i]}};
+    const QStringList sample = op.sampleWords();
+    for (int i = 0; i < op.arguments.size(); ++i)
+        arguments << QJsonObject{
+            {QStringLiteral("name"), op.arguments[i].name},
+            {QStringLiteral("type"), op.arguments[i].type},
+            {QStringLiteral("written"), QLatin1String(args::infoOf(op.arguments[i].kind).written)},
+            {QStringLiteral("sample"), sample[i]}};
     QJsonArray results;
-    for (const Column& column : all)
-        if (column.className == op.className)
-            results << resultOf(op, column);
-    return {
-        {QStringLiteral("class"), op.className},        {QStringLiteral("name"), op.name},
-        {QStringLiteral("signature"), op.usage()},      {QStringLiteral("arguments"), arguments},
-        {QStringLiteral("explained"), explainable(op)}, {QStringLiteral("results"), results}};
+    for (const Family& family : families())
+        if (family.className == op.className)
+            results << resultOf(op, family);
+    return {{QStringLiteral("class"), op.className},
+            {QStringLiteral("name"), op.name},
+            {QStringLiteral("signature"), op.usage()},
+            {QStringLiteral("arguments"), arguments},
+            {QStringLiteral("explained"), engine::explainable(op)},
+            {QStringLiteral("results"), results}};
 }
 
 // The JSON as a script element's text: "</" would close the element, "<!--" open a comment.
@@ -111,19 +91,18 @@ QByteArray scriptText(const QByteArray& json) {
 
 QJsonObject referenceData() {
     const Quiet quiet; // the library's warnings about sample arguments
-    const QVector<Column> all = columns();
-    QJsonArray families, ops;
-    for (const Column& column : all)
-        families << QJsonObject{
-            {QStringLiteral("name"), column.family},
-            {QStringLiteral("deviceType"), column.code ? deviceCodeText(column.code) : QString()},
-            {QStringLiteral("class"), column.className}};
+    QJsonArray families_, ops;
+    for (const Family& family : families())
+        families_ << QJsonObject{
+            {QStringLiteral("name"), family.name},
+            {QStringLiteral("deviceType"), family.code ? deviceCodeText(family.code) : QString()},
+            {QStringLiteral("class"), family.className}};
     for (const Operation& op : operations())
-        ops << operationOf(op, all);
-    return {{QStringLiteral("format"), 1},
+        ops << operationOf(op);
+    return {{QStringLiteral("format"), 2},
             {QStringLiteral("library"), QStringLiteral("libDAL_Manage " DAL_MANAGE_VERSION)},
             {QStringLiteral("qt"), QString::fromLatin1(qVersion())},
-            {QStringLiteral("families"), families},
+            {QStringLiteral("families"), families_},
             {QStringLiteral("operations"), ops}};
 }
 

@@ -4,9 +4,9 @@
 #include <QJsonObject>
 #include <QString>
 
-// The protocol reference: every registered operation, called with its sample arguments, and
-// every record it queues on every family, the head bytes its arguments reach marked with their
-// names (as explain and decode learnt them).
+// The protocol reference: every registered operation, called with its sample arguments (each
+// with its written form), and every record it queues on every family, each byte of its head and
+// block marked with the names of what produced it (as explain and decode learn them).
 QJsonObject referenceData();
 // The page that shows it: one self-contained HTML file, the data embedded as JSON.
 QByteArray referencePage();

@@ -1,105 +1,131 @@
 #pragma once
 
-#include "registry.h"
+#include "records.h"
+#include "session.h"
 
-#include <QByteArray>
 #include <QJsonObject>
-#include <QPair>
 #include <QString>
 #include <QStringList>
 #include <QVector>
 
-#include <functional>
+#include <optional>
 
-class model_Protocoldata;
-class model_OsdParam;
+// What dalctl knows of the bytes of every operation, with the library as the oracle: an
+// operation is taken to send a record only when calling it, on the record's family, with the
+// values read off the record queues exactly that record. Values are read by running the
+// operation with other values and seeing where they land. explain, decode and doc read this
+// one engine.
+namespace engine {
 
-// What dalctl knows about the bytes of every operation, learnt from the library itself: each
-// operation of the registry is run with its sample arguments and again with other values for
-// each integer or boolean argument, and the bytes and texts that change tell which argument
-// travels where. explain, decode and doc all read this one engine.
+// One thing a record says: a field, its head, its block, its text.
+struct Part {
+    QString name;  // "head", "block", "text", "timeout"...
+    bool binary;   // bytes (one character per byte, Latin-1), else a text or a number
+    QString value; // as compared
 
-constexpr int kHeadSize = 5;     // a native head: CMD DAT1 DAT2 DAT3 DAT4
-constexpr int kOsdCommandAt = 4; // an OSD header's command byte
-// VM6S and VantaZ frames start with these bytes.
-inline const QByteArray kFrameStart = QByteArray::fromHex("680000000168");
-
-// A record in the shape its family sends it: the native head CMD DAT1..DAT4 and data block
-// (a Cadex tunnel unwrapped), a dialect text, a VM6S or VantaZ frame, or an OSD frame.
-struct Form {
-    enum Kind { Head, Text, Frame, Osd };
-    Kind kind = Head;
-    QByteArray bytes;
-    QString text;
+    bool operator==(const Part& o) const {
+        return name == o.name && binary == o.binary && value == o.value;
+    }
+    bool operator!=(const Part& o) const { return !(*this == o); }
 };
-Form formOf(const model_Protocoldata& rec);
-Form formOf(const model_OsdParam& rec);
-// The native head and block of a record, a Cadex tunnel unwrapped.
-QByteArray nativeBytes(const QByteArray& head, const QByteArray& block);
-// Whether `nativeBytes` unwrapped a tunnel: it returned fewer bytes than it was given.
-bool isTunnel(const QByteArray& head, const QByteArray& block);
 
-// One operation that sends a given record, and the arguments read off the record.
-struct Candidate {
-    const Operation* op = nullptr;
-    int record = 1;  // which of the operation's records
-    int records = 1; // how many it queues
-    QVector<QPair<QString, long long>> args;
-    QString native; // the native head as hex pairs, "??" where it is not known
-    int tag = 0;    // the device type its record carries; kOsdTag for an OSD record
+// What an input says of one record; the parts it does not say are not compared.
+struct Target {
+    bool osd = false;
+    QVector<Part> parts;
+};
 
-    QString text() const; // "savePage(p1=3)", "setX(p1=1) record 2/3"
+// The parts of a record that a target of the same shape compares.
+QVector<Part> partsOf(const model_Protocoldata& rec, const Target& shape);
+QVector<Part> partsOf(const model_OsdParam& rec, const Target& shape);
+
+// Targets of a record as it was printed (every field), of its head and block alone (5 or 8
+// head bytes), of a trace line (CMD..DAT4, block and text), of a text, of a frame.
+Target wholeRecord(const model_Protocoldata& rec);
+Target wholeRecord(const model_OsdParam& rec);
+Target headAndBlock(const QByteArray& head, const QByteArray& block);
+Target traceLine(const QByteArray& head, const QByteArray& block, const QString& text);
+Target textAlone(const QString& text);
+Target frameAlone(const QByteArray& frame);
+Target osdFrame(const QByteArray& frame);
+
+// A value a call reads: an argument, an element of a list argument or its length, a member of
+// a JSON argument, a member of a model record, or a value of the utility library.
+struct Variable {
+    enum Where { Argument, Element, Length, Member, Model, Utility };
+    Where where = Argument;
+    int argument = -1; // Argument, Element, Length, Member
+    int index = -1;    // Element
+    QString path;      // Member: the JSON member; Model: the member's path; Utility: the option
+    args::Kind kind = args::Kind::Integer;
+    long long min = 0;
+    long long max = 0;
+
+    // As an answer names it: "scene", "banks[2]", "obj.status", "scene.sceneList[1]...",
+    // "userId".
+    QString name(const Operation& op) const;
+    bool operator==(const Variable& o) const {
+        return where == o.where && argument == o.argument && index == o.index && path == o.path;
+    }
+};
+QString valueOf(const Call& call, const Variable& v);
+bool assign(Call& call, const Variable& v, const QString& word);
+
+// What produced one run of bytes of a record's head or block.
+struct ByteName {
+    QString part;  // "head", "block", "header", "payload"
+    int from;      // the first byte
+    int to;        // the last
+    QString what;  // "constant", "length", "checksum", or the values' names
+    QString value; // the values, as "name = value"
+};
+
+// One proven answer: the call that queues the input, its record among the call's records.
+struct Answer {
+    const Family* family = nullptr;
+    Call call;
+    int record = 1;
+    int records = 1;
+    QStringList values;      // "name = value" of every value the record carries
+    QStringList notCarried;  // the arguments the record leaves no trace of
+    QStringList lowBytes;    // the values the record carries only the low bits of
+    QStringList modelPaths;  // the model members the record carries
+    QStringList utilityRead; // the options of the utility's values the record carries
+    QVector<ByteName> bytes;
+
+    QString device() const;      // the --device word that runs the call
+    QStringList options() const; // the dalctl options that set the utility values read
+    QJsonObject model() const;   // the --model JSON of the members read
+    QString text() const;        // "saveScene(timeout=3000, scene=5)"
+    QString replay() const;      // the dalctl command line that queues the record again
     QJsonObject json() const;
 };
 
-// Operations whose records can be explained: those that neither take a record (to queue or to
-// translate) nor take its command byte as an argument (`cmd`).
-bool explainable(const Operation& op);
+// What came closest when nothing was proven.
+struct Closest {
+    QString operation;
+    QString family;
+    QString difference; // "which sends no block; 4 more bytes here"
+};
 
-namespace engine {
+struct Result {
+    QVector<Answer> answers;
+    std::optional<Closest> closest;
+};
 
-// The index of DalTarsel's operations is learnt per device-type code; the keyboard's and the
-// OSD box's operations do not depend on it and form one index of their own.
-constexpr int kAccessories = -1;
-constexpr int kOsdTag = -1; // the tag of an OSD record, which carries no device type
+// Every operation, on each of the given families, that queues the target, with its values.
+Result prove(const Target& target, const QVector<const Family*>& families);
 
-// The folder where learnt indexes are kept between runs (empty: none, the default). The
-// keyboard paces its queue and the discovery probes pause, so learning their index takes
-// seconds; a processor family takes a few hundredths, loading it a few thousandths.
-void setCacheDirectory(const QString& folder);
-QString cacheDirectory();
-// The file that keeps the index learnt for `index` by a process of this identity.
-QString keptFile(int index);
-// The identity of everything the answers depend on: the build of every loaded object
-// (dalctl, the library, the stand-ins, Qt) and the locale's encoding. A kept index is used
-// only by a process of the same identity.
-QByteArray identity();
-
-// Which records of an index a search looks at, by the device type they carry.
-using TagFilter = std::function<bool(int tag)>;
-inline bool anyTag(int) { return true; }
-
-// Candidates in one index whose records have the native head and block `native`.
-QVector<Candidate> byHead(int index, const QByteArray& native, const TagFilter& keep = anyTag);
-// Candidates in one index whose records went out as `bytes` of the given kind (frames, OSD).
-QVector<Candidate> byForm(int index, Form::Kind kind, const QByteArray& bytes,
-                          const TagFilter& keep = anyTag);
-// Candidates in one index that send exactly `text`, their arguments found by running them;
-// `shaped` becomes true when an operation of the index sends a text of that shape at all.
-QVector<Candidate> byText(int index, const QString& text, bool& shaped,
-                          const TagFilter& keep = anyTag);
-
-// One record an operation queued when called with its sample arguments, as `dalctl --json`
-// prints it, and per head byte (8 of a record, 11 of an OSD header) the names of the
-// arguments that reach it.
+// The records `op` queues with its sample words on a family, each with the names of what
+// produced each byte of its head and block (as the reference page marks them).
 struct SampleRecord {
     QJsonObject json;
-    QVector<QStringList> marks;
+    QVector<QStringList> marks; // per head byte
+    QVector<QStringList> blockMarks;
 };
-// The records `op` (explainable) queues with its sample arguments on the index's device.
-QVector<SampleRecord> sampleRecords(int index, const Operation& op);
+QVector<SampleRecord> sampleRecords(const Operation& op, const Family& family);
 
-// Learns the index now (or loads it from the cache folder); later calls return at once.
-void learn(int index);
+// Operations the engine reads: neither taking a record nor the command byte itself.
+bool explainable(const Operation& op);
 
 } // namespace engine

@@ -12,9 +12,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include <poll.h>
-#include <sys/inotify.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -46,99 +43,96 @@ struct Cursor {
 
 int hexValue(char c) { return c <= '9' ? c - '0' : c - 'a' + 10; }
 
-// Parses the trace fields after the label: the five head bytes and the data block.
-bool parseTrace(Cursor c, unsigned char head[kHeadSize], const char*& block,
-                const char*& blockEnd) {
+// The fields after the label: the five head bytes, the block and the quoted text, which closes
+// the line.
+bool parseTrace(Cursor c, TracedRecord& traced) {
     static const char* const kLabels[] = {" ",
                                           " ---DAT1= ", " ---DAT2= ", " ---DAT3= ", " ---DAT4= "};
-    for (int i = 0; i < kHeadSize; ++i) {
+    for (const char* label : kLabels) {
         const char *from, *to;
-        if (!c.take(kLabels[i]) || !c.hex(from, to) || to == from || to - from > 2)
+        if (!c.take(label) || !c.hex(from, to) || to == from || to - from > 2)
             return false;
-        head[i] = static_cast<unsigned char>(
-            to - from == 1 ? hexValue(*from) : hexValue(*from) * 16 + hexValue(from[1]));
+        traced.head +=
+            char(to - from == 1 ? hexValue(*from) : hexValue(*from) * 16 + hexValue(from[1]));
     }
+    const char *block, *blockEnd;
     if (!c.take(" ---arryDatablock= ") || !c.hex(block, blockEnd) || (blockEnd - block) % 2 ||
-        !c.take(" ---Datablock= \""))
+        !c.take(" ---Datablock= "))
         return false;
-    // The text is quoted with backslash escapes and closes the line.
-    if (c.end == c.at)
-        return false;
-    const char* last = c.end - 1;
-    int backslashes = 0;
-    for (const char* p = last - 1; p >= c.at && *p == '\\'; --p)
-        ++backslashes;
-    return *last == '"' && backslashes % 2 == 0;
+    traced.block = QByteArray::fromHex(QByteArray(block, int(blockEnd - block)));
+    return unquote(QString::fromUtf8(c.at, int(c.end - c.at)), traced.text);
 }
 
-// The annotation of one native head, in text or as a JSON member list; kept per head.
+// The annotation of one distinct trace line, kept so that a log repeating itself is proven
+// once per line.
 class Annotations {
 public:
-    const QByteArray& of(int device, const QByteArray& native, bool tunnel, bool json) {
-        const QByteArray key =
-            QByteArray::number(device) + native.left(kHeadSize) + char(tunnel) + char(json);
-        auto it = cache.find(key.toStdString());
+    const QByteArray& of(const TracedRecord& traced, const Family* device, bool json) {
+        const std::string key =
+            (traced.head + '\0' + traced.block + '\0' + traced.text.toUtf8() + '\0' + char(json) +
+             (device ? device->name.toUtf8() : QByteArray()))
+                .toStdString();
+        auto it = cache.find(key);
         if (it != cache.end())
             return it->second;
         if (cache.size() > kLimit) // bounded, so that memory does not grow with the log
             cache.clear();
-        return cache[key.toStdString()] = build(device, native, tunnel, json);
+        return cache[key] = build(traced, device, json);
     }
 
 private:
     static constexpr std::size_t kLimit = 4096;
 
-    static QByteArray build(int device, const QByteArray& native, bool tunnel, bool json) {
-        const QVector<Candidate> found = engine::byHead(device, native);
-        const QByteArray head = native.left(kHeadSize).toHex(' ');
+    static QByteArray build(const TracedRecord& traced, const Family* device, bool json) {
+        QVector<const Family*> searched;
+        for (const Family& f : families())
+            if (f.className == QLatin1String("DalTarsel") && (!device || &f == device))
+                searched << &f;
+        const engine::Result result =
+            engine::prove(engine::traceLine(traced.head, traced.block, traced.text), searched);
         if (json) {
-            QJsonArray list;
-            for (const Candidate& c : found)
-                list << c.json();
-            return "\"native\":\"" + native.left(kHeadSize).toHex() +
-                   "\",\"tunnel\":" + (tunnel ? "true" : "false") +
-                   ",\"candidates\":" + QJsonDocument(list).toJson(QJsonDocument::Compact);
+            QJsonArray answers;
+            for (const engine::Answer& a : result.answers)
+                answers << a.json();
+            QJsonObject object{{QStringLiteral("head"), QString::fromLatin1(traced.head.toHex())},
+                               {QStringLiteral("candidates"), answers}};
+            if (result.closest)
+                object.insert(
+                    QStringLiteral("closest"),
+                    QJsonObject{{QStringLiteral("operation"), result.closest->operation},
+                                {QStringLiteral("device"), result.closest->family},
+                                {QStringLiteral("difference"), result.closest->difference}});
+            const QByteArray text = QJsonDocument(object).toJson(QJsonDocument::Compact);
+            return text.mid(1, text.size() - 2); // members, to follow the line number
         }
+        // The same answer on several families is written once, with the families.
         QStringList texts;
-        for (const Candidate& c : found)
-            texts << c.text();
-        QByteArray note = tunnel ? "tunnelled " + head + ": " : QByteArray();
-        return note + (texts.isEmpty() ? "no operation sends " + head
-                                       : texts.join(QStringLiteral(" | ")).toUtf8());
+        QStringList seen;
+        QVector<QStringList> where;
+        for (const engine::Answer& a : result.answers) {
+            const int at = int(seen.indexOf(a.text()));
+            if (at >= 0) {
+                where[at] << a.family->name;
+                continue;
+            }
+            seen << a.text();
+            where << QStringList{a.family->name};
+        }
+        for (int i = 0; i < seen.size(); ++i)
+            texts << (device ? seen[i] : seen[i] + QStringLiteral(" [") + where[i].join(' ') + ']');
+        if (!texts.isEmpty())
+            return texts.join(QStringLiteral(" | ")).toUtf8();
+        const QByteArray head = traced.head.toHex(' ');
+        if (!result.closest)
+            return "no operation sends " + head;
+        return QStringLiteral("no operation sends %1; closest: %2 on %3, %4")
+            .arg(QString::fromLatin1(head), result.closest->operation, result.closest->family,
+                 result.closest->difference)
+            .toUtf8();
     }
 
     std::unordered_map<std::string, QByteArray> cache;
 };
-
-void writeLine(const QByteArray& line, std::FILE* out, int device, bool json, long long number) {
-    const QByteArray written = explainLine(line, device, json, number);
-    if (!written.isEmpty() || !json) {
-        std::fwrite(written.constData(), 1, std::size_t(written.size()), out);
-        std::fputc('\n', out);
-    }
-}
-
-// Waits until the file behind `in` may have grown: until inotify reports a change, or a
-// moment where inotify is not to be had.
-void waitForGrowth(int watch) {
-    constexpr int kPollMs = 250;
-    if (watch < 0) {
-        ::usleep(kPollMs * 1000);
-        return;
-    }
-    pollfd ready{watch, POLLIN, 0};
-    if (::poll(&ready, 1, kPollMs) > 0) {
-        char events[4096];
-        while (::read(watch, events, sizeof events) > 0) {
-        }
-    }
-}
-
-// A follower starts over when the log is truncated under it, as `tail -f` does.
-bool truncated(int in, off_t offset) {
-    struct stat st {};
-    return ::fstat(in, &st) == 0 && S_ISREG(st.st_mode) && st.st_size < offset;
-}
 
 } // namespace
 
@@ -147,82 +141,60 @@ TracedRecord readTraceLine(const QByteArray& line) {
     const auto label = line.indexOf(kTraceLabel);
     if (label < 0)
         return traced;
-    unsigned char head[kHeadSize];
-    const char *block = nullptr, *blockEnd = nullptr;
     const Cursor cursor{line.constData() + label + int(sizeof kTraceLabel) - 1,
                         line.constData() + line.size()};
-    traced.status = TracedRecord::Garbled;
-    if (!parseTrace(cursor, head, block, blockEnd))
-        return traced;
-    traced.status = TracedRecord::Read;
-    const QByteArray native(reinterpret_cast<const char*>(head), kHeadSize);
-    const QByteArray bytes = QByteArray::fromHex(QByteArray(block, int(blockEnd - block)));
-    traced.tunnel = isTunnel(native, bytes);
-    traced.native = nativeBytes(native, bytes);
+    traced.status = parseTrace(cursor, traced) ? TracedRecord::Read : TracedRecord::Garbled;
     return traced;
 }
 
-QByteArray explainLine(const QByteArray& line, int deviceType, bool json, long long number) {
+QByteArray explainLine(const QByteArray& line, const Family* device, bool json, long long number) {
     static Annotations annotations;
-    const TracedRecord traced = readTraceLine(line);
+    int body = int(line.size());
+    while (body > 0 && (line[body - 1] == '\n' || line[body - 1] == '\r'))
+        --body;
+    const QByteArray content = QByteArray::fromRawData(line.constData(), body);
+    const QByteArray ending = line.mid(body);
+    const TracedRecord traced = readTraceLine(content);
     if (traced.status == TracedRecord::NotTrace)
         return json ? QByteArray() : line;
-    const QByteArray prefix = json ? "{\"line\":" + QByteArray::number(number) + ',' : line + kNote;
+    const QByteArray prefix =
+        json ? "{\"line\":" + QByteArray::number(number) + ',' : QByteArray(content) + kNote;
     if (traced.status == TracedRecord::Garbled)
-        return prefix +
-               (json ? "\"error\":\"cut or garbled trace line\"}" : "cut or garbled trace line");
-    const QByteArray& note = annotations.of(deviceType, traced.native, traced.tunnel, json);
-    return json ? prefix + note + '}' : prefix + note;
+        return prefix + (json ? "\"error\":\"cut or garbled trace line\"}\n"
+                              : "cut or garbled trace line" + ending);
+    const QByteArray& note = annotations.of(traced, device, json);
+    return json ? prefix + note + "}\n" : prefix + note + ending;
 }
 
-bool explainStream(int in, std::FILE* out, int deviceType, bool json, bool follow) {
+bool explainStream(int in, std::FILE* out, const Family* device, bool json) {
     constexpr int kChunk = 1 << 16;
-    const int watch = follow ? ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK) : -1;
-    if (watch >= 0) {
-        const std::string path = "/proc/self/fd/" + std::to_string(in);
-        ::inotify_add_watch(watch, path.c_str(), IN_MODIFY | IN_ATTRIB | IN_CLOSE_WRITE);
-    }
     std::vector<char> chunk(kChunk);
     QByteArray buffer; // the unfinished line, then the chunk read after it
     long long number = 0;
-    off_t offset = 0;
-    bool failed = false;
     for (;;) {
         const ssize_t n = ::read(in, chunk.data(), chunk.size());
         if (n < 0 && errno == EINTR)
             continue;
-        if (n < 0) {
-            failed = true;
+        if (n < 0)
+            return false;
+        if (n == 0)
             break;
-        }
         buffer.append(chunk.data(), int(n));
-        offset += n;
         int start = 0;
-        for (int end; (end = buffer.indexOf('\n', start)) >= 0; start = end + 1) {
-            int length = end - start;
-            while (length > 0 && buffer[start + length - 1] == '\r')
-                --length;
-            writeLine(QByteArray::fromRawData(buffer.constData() + start, length), out, deviceType,
-                      json, ++number);
+        for (int end; (end = int(buffer.indexOf('\n', start))) >= 0; start = end + 1) {
+            const QByteArray written =
+                explainLine(QByteArray::fromRawData(buffer.constData() + start, end + 1 - start),
+                            device, json, ++number);
+            std::fwrite(written.constData(), 1, std::size_t(written.size()), out);
         }
         buffer.remove(0, start);
-        if (n > 0)
-            continue;
-        if (!follow) {
-            if (!buffer.isEmpty()) // the last line, without its line end
-                writeLine(buffer, out, deviceType, json, ++number);
-            break;
-        }
+        // What was read is written before waiting for more: a pipe is followed as it grows.
         std::fflush(out);
-        if (truncated(in, offset)) {
-            ::lseek(in, 0, SEEK_SET);
-            offset = 0;
-            buffer.clear();
-        }
-        waitForGrowth(watch);
     }
-    if (watch >= 0)
-        ::close(watch);
+    if (!buffer.isEmpty()) { // the last line, without its line end
+        const QByteArray written = explainLine(buffer, device, json, ++number);
+        std::fwrite(written.constData(), 1, std::size_t(written.size()), out);
+    }
     std::fflush(out);
-    return !failed;
+    return true;
 }

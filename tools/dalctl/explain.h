@@ -1,24 +1,30 @@
 #pragma once
 
+#include "records.h"
+
 #include <QByteArray>
+#include <QString>
 
 #include <cstdio>
 
-// Annotates a log read from the descriptor `in`, line by line: trace lines of the generic send
-// get the operations that queue them, every other line passes unchanged. With `follow` it does
-// not stop at the end but waits for the log to grow, as `tail -f` does, and writes each line as
-// soon as it is whole. Returns false on a read error.
-bool explainStream(int in, std::FILE* out, int deviceType, bool json, bool follow = false);
-// One line as explainStream writes it; empty when the line is not a trace line (and json).
-// Annotations are kept per head in a small cache, so calls are not thread-safe.
-QByteArray explainLine(const QByteArray& line, int deviceType, bool json, long long number = 0);
-
-// What a trace line of the generic send carries: its native head and block (a Cadex tunnel
-// unwrapped).
+// What a trace line of the generic send carries: CMD and DAT1..DAT4, the data block and the
+// text, as the record stood when it was queued.
 struct TracedRecord {
     enum Status { NotTrace, Garbled, Read };
     Status status = NotTrace;
-    QByteArray native;
-    bool tunnel = false;
+    QByteArray head;
+    QByteArray block;
+    QString text;
 };
 TracedRecord readTraceLine(const QByteArray& line);
+
+// One line as explain writes it: a trace line with the operations proven to queue it, any other
+// line as it came; in JSON, one object per trace line and nothing for other lines. The line's
+// ending, if any, is kept. `device` null: every family is searched. Answers are kept per
+// distinct trace line, so calls are not thread-safe.
+QByteArray explainLine(const QByteArray& line, const Family* device, bool json,
+                       long long number = 0);
+// Annotates a log read from the descriptor `in`, line by line, writing each line as soon as it
+// is read, so that a pipe from `tail -F` is followed as it grows. Returns false on a read
+// error.
+bool explainStream(int in, std::FILE* out, const Family* device, bool json);

@@ -1,10 +1,526 @@
 #include "models.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 
-#include <functional>
-#include <map>
+#include <climits>
+#include <type_traits>
+
+// GCC 12 takes a write to a QVector's element, which lies after the array's header, for a
+// write past the header: a false alarm with Qt 5's array data.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wstringop-overflow"
+#endif
+
+// ---- the members of each record and element type, written once --------------------------------
+
+namespace {
+
+#define MEMBERS(Type, ...)                                                                         \
+    template <class T, class F>                                                                    \
+    std::enable_if_t<std::is_same_v<std::remove_const_t<T>, Type>> forEach(T& m, F&& f) {          \
+        __VA_ARGS__                                                                                \
+    }
+#define M(name) f(#name, m.name);
+
+MEMBERS(_Region, M(x) M(y) M(width) M(height))
+MEMBERS(_LayerParam_Desktop, M(regionA) M(regionB) M(layerParam8) M(layerParam9) M(layerParam10)
+                                 M(alpha) M(order) M(containerIndex) M(spare) M(locked) M(groupNum)
+                                     M(extraByte0) M(extraByte1) M(extraByte2))
+MEMBERS(_Scene_Layer, M(layerList) M(bankValues) M(backgroundIndex))
+MEMBERS(_ContainerParam_Destktop,
+        M(containerParam0) M(containerParam1) M(containerParam2) M(containerParam3)
+            M(containerParam4) M(containerParam5) M(containerParam6) M(containerParam7)
+                M(containerParam8) M(containerParam9) M(containerMode) M(containerParam11)
+                    M(containerParam12))
+MEMBERS(_Take_Desktop, M(alphaTime) M(takeValue0) M(blackValue) M(takeValue1) M(takeValue2))
+MEMBERS(_OutProperty, M(unread0to22) M(outProp23) M(outProp24) M(outProp25) M(outProp26)
+                          M(outProp27) M(outProp28) M(outProp29))
+MEMBERS(_InProperty_4K_60, M(member))
+MEMBERS(_InPropertyCrop_4K_60, M(member))
+MEMBERS(_OutPortParam_Desktop, M(portParam0) M(portParam1) M(portParam2) M(portParam3) M(portParam4)
+                                   M(portParam5) M(portParam6) M(portRotation))
+MEMBERS(_LcdBorderSetting, M(border0) M(border1) M(border2) M(border3))
+MEMBERS(_DSKInfo, M(member))
+MEMBERS(_DeInfo, M(deSwitch) M(deX) M(deY) M(deWidth) M(deHeight) M(deOutputMode) M(deOutputSignal)
+                     M(deDataRange) M(deColorSpace) M(dePolarity1) M(dePolarity2))
+MEMBERS(_HotBackData, M(source) M(backupSource) M(enabled))
+MEMBERS(_KeyParam, M(bytes))
+MEMBERS(
+    ModelTarsel,
+    M(timeout) M(maxOutputCount) M(maxSourceCount) M(maxOutPutBoardCount) M(maxLayerCount)
+        M(maxInputBoardCount) M(maxContainerCount) M(deviceState) M(recallDelaySwitch) M(
+            recallDelayTime) M(fanMode) M(fanSpeed) M(powerOnDelay) M(logoDisplayMode)
+            M(operationMode) M(operationAuxMode) M(operationModeParam) M(h264InputWorkModes) M(
+                outHTotal) M(outVTotal) M(outHSize) M(outVSize) M(outHPos) M(outVPos) M(outPolarity)
+                M(outSyncWidth) M(outColorSpace) M(twoSplitMode) M(usbFileIndex) M(usbPlayTime) M(
+                    usbPlayType) M(usbPicPlayTotalTime)
+                    M(usbPlayMode) M(usbPlayState) M(usbBankInput) M(usbBankIndex) M(
+                        usbBankFileIndex) M(byPassModes)
+                        M(input3DStates) M(clockItem) M(
+                            clockValue1) M(clockValue2) M(clockValue3) M(osdScrollSwitch)
+                            M(osdScrollSpeed) M(previewSwitch) M(previewRed) M(previewGreen) M(
+                                previewBlue) M(previewX) M(previewY) M(dns) M(maskIP) M(ip)
+                                M(gateWayIP) M(dhcpSwitch) M(inProperty4K60) M(dskInfoList) M(
+                                    layerDskInfos) M(outPortParams) M(containerParams) M(lcdBorders)
+                                    M(deInfos) M(testPatternModes) M(testPatternColor1) M(
+                                        testPatternColor2) M(testPatternColor3) M(outputBrightness)
+                                        M(allOutputsBrightness)
+                                            M(output3DStates) M(previewPorts) M(userSettingByte0) M(
+                                                userSettingByte1) M(userSettingValue0)
+                                                M(userSettingValue1) M(loopToSignal) M(
+                                                    streamInputIp) M(streamInputMask)
+                                                    M(streamInputGateway) M(streamInputPort) M(
+                                                        h264DisplayPic) M(hotBackups)
+                                                        M(viClipLeft) M(viClipTop) M(viClipRight) M(
+                                                            viClipBottom) M(viBright)
+                                                            M(viContrast) M(viHue) M(viSat)
+                                                                M(decoderFrame)
+                                                                    M(decoderCard) M(decoderSub)
+                                                                        M(decoderIp)
+                                                                            M(decoderGateway)
+                                                                                M(decoderMask)
+                                                                                    M(decoderDns1))
+MEMBERS(ModelScene, M(deviceType) M(sceneList) M(outProperties) M(takes) M(inPropertyCrops4K60)
+                        M(timeout) M(blackSwitch) M(takeSwitch) M(outAlphaTime) M(maxLayerCount)
+                            M(maxBankCount) M(maxContainerCount))
+MEMBERS(ModelBankPlayer, M(timeout) M(year) M(month) M(day) M(weekday) M(hours) M(minutes)
+                             M(seconds) M(clockSwitch) M(autoLoopTimes) M(loopTimings) M(loopTimes))
+MEMBERS(Model_PommetParam, M(waitTime) M(lockValue) M(keyboardModel) M(keysKind1) M(keysKind2)
+                               M(keysKind3) M(keysKind5) M(keysKind6) M(keysOther))
+
+#undef M
+#undef MEMBERS
+
+// The keyboard's record with its static label length, which Models keeps beside it.
+template <class P, class L>
+struct KeyboardRecord {
+    P& param;
+    L& gOledLength;
+};
+
+template <class P, class L, class F>
+void forEach(KeyboardRecord<P, L>& k, F&& f) {
+    forEach(k.param, f);
+    f("gOledLength", k.gOledLength);
+}
+template <class P, class L, class F>
+void forEach(const KeyboardRecord<P, L>& k, F&& f) {
+    forEach(k.param, f);
+    f("gOledLength", k.gOledLength);
+}
+
+// Every record of Models under its class name.
+template <class T, class F>
+std::enable_if_t<std::is_same_v<std::remove_const_t<T>, Models>> forEach(T& m, F&& f) {
+    f("ModelTarsel", m.tarsel);
+    f("ModelScene", m.scene);
+    f("ModelBankPlayer", m.bankPlayer);
+    KeyboardRecord<std::remove_reference_t<decltype((m.keyboard))>,
+                   std::remove_reference_t<decltype((m.oledLength))>>
+        keyboard{m.keyboard, m.oledLength};
+    f("Model_PommetParam", keyboard);
+}
+
+// ---- what kind of node a type is ---------------------------------------------------------------
+
+// A node's own type, arrays kept as arrays.
+template <class T>
+using Bare = std::remove_cv_t<std::remove_reference_t<T>>;
+
+template <class T>
+struct ListOf : std::false_type {};
+template <class E>
+struct ListOf<QList<E>> : std::true_type {
+    using Element = E;
+};
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+template <class E>
+struct ListOf<QVector<E>> : std::true_type {
+    using Element = E;
+};
+#endif
+
+using members::Node;
+
+template <class T>
+constexpr Node nodeOf() {
+    using V = std::remove_const_t<T>;
+    if constexpr (std::is_same_v<V, QString>)
+        return Node::Text;
+    else if constexpr (std::is_floating_point_v<V>)
+        return Node::Decimal;
+    else if constexpr (std::is_arithmetic_v<V>)
+        return Node::Number;
+    else if constexpr (ListOf<V>::value)
+        return Node::List;
+    else if constexpr (std::is_array_v<V>)
+        return Node::Array;
+    else
+        return Node::Struct;
+}
+
+template <class T>
+members::Leaf leafOf() {
+    using V = std::remove_const_t<T>;
+    members::Leaf leaf{nodeOf<T>(), 0, 0};
+    if constexpr (std::is_integral_v<V>) {
+        leaf.min = static_cast<long long>(std::numeric_limits<V>::min());
+        leaf.max = static_cast<long long>(std::numeric_limits<V>::max());
+    }
+    return leaf;
+}
+
+// QList of Qt 5 has no resize; entries are added or dropped at the end.
+template <class L, class E>
+void resizeList(L& list, int size, const E& added) {
+    while (list.size() > size)
+        list.removeLast();
+    while (list.size() < size)
+        list.append(added);
+}
+
+template <class T>
+int sizeOf(const T& list) {
+    if constexpr (std::is_array_v<T>)
+        return int(std::extent_v<T>);
+    else
+        return int(list.size());
+}
+
+// ---- reaching a node by its path ---------------------------------------------------------------
+
+// The next step of a path: ".name" or "[index]"; the rest follows.
+struct Step {
+    QStringView name;
+    int index = -1;
+    QStringView rest;
+    bool ok = false;
+};
+
+Step stepOf(QStringView path) {
+    Step step;
+    if (path.startsWith(QLatin1Char('['))) {
+        const int close = int(path.indexOf(QLatin1Char(']')));
+        long long index = 0;
+        for (int at = 1; at < close && index <= INT_MAX; ++at)
+            index = path[at].isDigit() ? index * 10 + path[at].digitValue() : LLONG_MAX;
+        step.ok = close > 1 && index <= INT_MAX;
+        step.index = step.ok ? int(index) : -1;
+        step.rest = close > 0 ? path.mid(close + 1) : QStringView();
+        return step;
+    }
+    const int start = path.startsWith(QLatin1Char('.')) ? 1 : 0;
+    int end = start;
+    while (end < path.size() && path[end] != QLatin1Char('.') && path[end] != QLatin1Char('['))
+        ++end;
+    step.name = path.mid(start, end - start);
+    step.rest = path.mid(end);
+    step.ok = !step.name.isEmpty();
+    return step;
+}
+
+// Calls f(node) with the node at `path` below `value`; false when there is none.
+template <class T, class F>
+bool reach(T& value, QStringView path, F&& f) {
+    if (path.isEmpty()) {
+        f(value);
+        return true;
+    }
+    const Step step = stepOf(path);
+    if (!step.ok)
+        return false;
+    constexpr Node node = nodeOf<T>();
+    if constexpr (node == Node::Struct) {
+        bool found = false;
+        forEach(value, [&](const char* name, auto& member) {
+            if (!found && step.index < 0 && step.name == QLatin1String(name))
+                found = reach(member, step.rest, f);
+        });
+        return found;
+    } else if constexpr (node == Node::List || node == Node::Array) {
+        if (step.index < 0 || step.index >= sizeOf(value))
+            return false;
+        return reach(value[step.index], step.rest, f);
+    } else {
+        return false;
+    }
+}
+
+// Calls f(value) for every number, decimal and text at or below `value`.
+template <class T, class F>
+void forEachLeaf(T& value, F&& f) {
+    constexpr Node node = nodeOf<T>();
+    if constexpr (node == Node::Struct)
+        forEach(value, [&](const char*, auto& member) { forEachLeaf(member, f); });
+    else if constexpr (node == Node::List || node == Node::Array)
+        for (int i = 0; i < sizeOf(value); ++i)
+            forEachLeaf(value[i], f);
+    else
+        f(value);
+}
+
+template <class T>
+QString wordOf(const T& value) {
+    if constexpr (std::is_same_v<T, QString>)
+        return value;
+    else if constexpr (std::is_same_v<T, bool>)
+        return value ? QStringLiteral("true") : QStringLiteral("false");
+    else if constexpr (std::is_floating_point_v<T>)
+        return QString::number(double(value), 'g', 9);
+    else
+        return QString::number(static_cast<long long>(value));
+}
+
+template <class T>
+bool setWord(T& value, const QString& word) {
+    if constexpr (std::is_same_v<T, QString>) {
+        value = word;
+        return true;
+    } else {
+        bool ok = false;
+        if constexpr (std::is_same_v<T, bool>) {
+            const bool yes = word == QLatin1String("true") || word == QLatin1String("1");
+            ok = yes || word == QLatin1String("false") || word == QLatin1String("0");
+            value = yes;
+        } else if constexpr (std::is_floating_point_v<T>) {
+            const double d = word.toDouble(&ok);
+            if (ok)
+                value = static_cast<T>(d);
+        } else {
+            const long long n = word.toLongLong(&ok);
+            ok = ok && n >= static_cast<long long>(std::numeric_limits<T>::min()) &&
+                 n <= static_cast<long long>(std::numeric_limits<T>::max());
+            if (ok)
+                value = static_cast<T>(n);
+        }
+        return ok;
+    }
+}
+
+// ---- JSON
+// ------------------------------------------------------------------------------------------
+
+template <class T>
+QString applyJson(T& value, const QJsonValue& json, const QString& path);
+
+template <class T>
+QString applyScalar(T& value, const QJsonValue& json, const QString& path) {
+    const QString wrong = QStringLiteral("model member %1 has a value of the wrong kind").arg(path);
+    if constexpr (std::is_same_v<T, QString>) {
+        if (!json.isString())
+            return wrong;
+        value = json.toString();
+    } else if constexpr (std::is_same_v<T, bool>) {
+        if (!json.isBool())
+            return wrong;
+        value = json.toBool();
+    } else {
+        if (!json.isDouble())
+            return wrong;
+        value = static_cast<T>(json.toDouble());
+    }
+    return QString();
+}
+
+template <class T>
+QString applyJson(T& value, const QJsonValue& json, const QString& path) {
+    constexpr Node node = nodeOf<T>();
+    if constexpr (node == Node::Struct) {
+        if (!json.isObject())
+            return QStringLiteral("%1 must hold a JSON object").arg(path);
+        const QJsonObject object = json.toObject();
+        for (auto it = object.begin(); it != object.end(); ++it) {
+            QString error = QStringLiteral("%1 has no member named %2").arg(path, it.key());
+            forEach(value, [&](const char* name, auto& member) {
+                if (it.key() == QLatin1String(name))
+                    error = applyJson(member, it.value(), path + QLatin1Char('.') + it.key());
+            });
+            if (!error.isEmpty())
+                return error;
+        }
+        return QString();
+    } else if constexpr (node == Node::List || node == Node::Array) {
+        if (!json.isArray())
+            return QStringLiteral("%1 must hold a JSON array").arg(path);
+        const QJsonArray array = json.toArray();
+        if constexpr (node == Node::List)
+            resizeList(value, int(array.size()), typename ListOf<T>::Element{});
+        else if (array.size() > sizeOf(value))
+            return QStringLiteral("%1 holds %2 entries, not %3")
+                .arg(path)
+                .arg(sizeOf(value))
+                .arg(array.size());
+        for (int i = 0; i < array.size(); ++i) {
+            const QString error =
+                applyJson(value[i], array[i], path + QStringLiteral("[%1]").arg(i));
+            if (!error.isEmpty())
+                return error;
+        }
+        return QString();
+    } else {
+        return applyScalar(value, json, path);
+    }
+}
+
+template <class T>
+QJsonValue scalarJson(const T& value) {
+    if constexpr (std::is_same_v<T, QString>)
+        return value;
+    else if constexpr (std::is_same_v<T, bool>)
+        return value;
+    else
+        return double(value);
+}
+
+// The JSON of `value` holding only what lies on `paths` (relative to it); lists and arrays keep
+// their length, their other entries as they are, or empty (a list's records, which --model then
+// keeps as they are).
+template <class T>
+QJsonValue sparseJson(const T& value, const QStringList& paths) {
+    constexpr Node node = nodeOf<T>();
+    if constexpr (node == Node::Struct) {
+        QJsonObject object;
+        forEach(value, [&](const char* name, const auto& member) {
+            QStringList below;
+            for (const QString& path : paths) {
+                const Step step = stepOf(path);
+                if (step.ok && step.index < 0 && step.name == QLatin1String(name))
+                    below << step.rest.toString();
+            }
+            if (!below.isEmpty())
+                object.insert(QLatin1String(name), sparseJson(member, below));
+        });
+        return object;
+    } else if constexpr (node == Node::List || node == Node::Array) {
+        QJsonArray array;
+        for (int i = 0; i < sizeOf(value); ++i) {
+            QStringList below;
+            for (const QString& path : paths) {
+                const Step step = stepOf(path);
+                if (step.ok && step.index == i)
+                    below << step.rest.toString();
+            }
+            using Entry = Bare<decltype(value[i])>;
+            if (!below.isEmpty() && node == Node::List && nodeOf<Entry>() == Node::Struct)
+                array << sparseJson(value[i], below);
+            else if (node == Node::Array || nodeOf<Entry>() != Node::Struct)
+                array << sparseJson(value[i], QStringList{QString()});
+            else
+                array << QJsonObject();
+        }
+        return array;
+    } else {
+        return scalarJson(value);
+    }
+}
+
+} // namespace
+
+// ---- public ------------------------------------------------------------------------------------
+
+namespace members {
+
+Leaf at(const Models& m, const QString& path) {
+    Leaf leaf;
+    reach(m, path, [&](const auto& node) { leaf = leafOf<Bare<decltype(node)>>(); });
+    return leaf;
+}
+
+QStringList children(const Models& m, const QString& path) {
+    QStringList paths;
+    reach(m, path, [&](const auto& value) {
+        using T = Bare<decltype(value)>;
+        constexpr Node node = nodeOf<T>();
+        if constexpr (node == Node::Struct)
+            forEach(value, [&](const char* name, const auto&) {
+                paths << (path.isEmpty() ? QString::fromLatin1(name)
+                                         : path + QLatin1Char('.') + QLatin1String(name));
+            });
+        else if constexpr (node == Node::List || node == Node::Array)
+            for (int i = 0; i < sizeOf(value); ++i)
+                paths << path + QStringLiteral("[%1]").arg(i);
+    });
+    return paths;
+}
+
+QString get(const Models& m, const QString& path) {
+    QString word;
+    reach(m, path, [&](const auto& value) {
+        if constexpr (nodeOf<Bare<decltype(value)>>() >= Node::Number)
+            word = wordOf(value);
+    });
+    return word;
+}
+
+bool set(Models& m, const QString& path, const QString& word) {
+    bool done = false;
+    reach(m, path, [&](auto& value) {
+        if constexpr (nodeOf<Bare<decltype(value)>>() >= Node::Number)
+            done = setWord(value, word);
+    });
+    return done;
+}
+
+bool resize(Models& m, const QString& path, int size) {
+    bool done = false;
+    reach(m, path, [&](auto& value) {
+        using T = Bare<decltype(value)>;
+        if constexpr (nodeOf<T>() == Node::List) {
+            resizeList(value, size, value.isEmpty() ? typename ListOf<T>::Element{} : value.last());
+            done = true;
+        }
+    });
+    return done;
+}
+
+namespace {
+
+// A text gains a digit at its end, or for an even step is replaced by another text of digits
+// and dots, so that what is read off its start changes too.
+template <class T>
+void shifted(T& value, int step) {
+    if constexpr (std::is_same_v<T, QString>)
+        value = step % 2 ? value + QString::number(step % 10)
+                         : QStringLiteral("%1.%1.%1.%1").arg(step & 0xFF);
+    else if constexpr (std::is_same_v<T, bool>)
+        value = !value;
+    else if constexpr (std::is_floating_point_v<T>)
+        value = static_cast<T>(value + step / 8.0);
+    else
+        value = static_cast<T>(static_cast<long long>(value) + step);
+}
+
+} // namespace
+
+void shift(Models& m, const QString& path, int step) {
+    reach(m, path, [&](auto& node) {
+        forEachLeaf(node, [&](auto& value) { shifted<Bare<decltype(value)>>(value, step); });
+    });
+}
+
+QStringList lists(const Models& m, const QString& path) {
+    QStringList found;
+    std::function<void(const QString&)> walk = [&](const QString& at) {
+        const Leaf leaf = members::at(m, at);
+        if (leaf.node == Node::List)
+            found << at;
+        if (leaf.node == Node::Struct || leaf.node == Node::List || leaf.node == Node::Array)
+            for (const QString& child : children(m, at))
+                walk(child);
+    };
+    walk(path);
+    return found;
+}
+
+QJsonObject json(const Models& m, const QStringList& paths) {
+    return sparseJson(m, paths).toObject();
+}
+
+} // namespace members
+
+// ---- the built-in records
+// ------------------------------------------------------------------------
 
 namespace {
 
@@ -94,160 +610,6 @@ void addBlockDefaults(Models& m) {
         m.bankPlayer.loopTimes.append(static_cast<unsigned char>(i));
 }
 
-// A setter of one scalar member from JSON; false when the value has the wrong kind.
-template <class M>
-using FieldSetter = std::function<bool(M&, const QJsonValue&)>;
-
-template <class T>
-bool assign(T& field, const QJsonValue& v) {
-    if constexpr (std::is_same_v<T, bool>) {
-        if (!v.isBool())
-            return false;
-        field = v.toBool();
-    } else if constexpr (std::is_arithmetic_v<T>) {
-        if (!v.isDouble())
-            return false;
-        field = static_cast<T>(v.toDouble());
-    } else {
-        if (!v.isString())
-            return false;
-        field = v.toString();
-    }
-    return true;
-}
-
-#define FIELD(Model, member)                                                                       \
-    {                                                                                              \
-#member, [](Model & m, const QJsonValue& v) { return assign(m.member, v); }                \
-    }
-
-// The scalar members that --model may override, by record.
-const std::map<QString, FieldSetter<ModelTarsel>> kTarselFields = {
-    FIELD(ModelTarsel, timeout),
-    FIELD(ModelTarsel, maxOutputCount),
-    FIELD(ModelTarsel, maxSourceCount),
-    FIELD(ModelTarsel, maxOutPutBoardCount),
-    FIELD(ModelTarsel, maxLayerCount),
-    FIELD(ModelTarsel, maxInputBoardCount),
-    FIELD(ModelTarsel, maxContainerCount),
-    FIELD(ModelTarsel, viClipLeft),
-    FIELD(ModelTarsel, viClipTop),
-    FIELD(ModelTarsel, viClipRight),
-    FIELD(ModelTarsel, viClipBottom),
-    FIELD(ModelTarsel, viBright),
-    FIELD(ModelTarsel, viContrast),
-    FIELD(ModelTarsel, viHue),
-    FIELD(ModelTarsel, viSat),
-    FIELD(ModelTarsel, decoderFrame),
-    FIELD(ModelTarsel, decoderCard),
-    FIELD(ModelTarsel, decoderSub),
-    FIELD(ModelTarsel, deviceState),
-    FIELD(ModelTarsel, recallDelaySwitch),
-    FIELD(ModelTarsel, recallDelayTime),
-    FIELD(ModelTarsel, fanMode),
-    FIELD(ModelTarsel, fanSpeed),
-    FIELD(ModelTarsel, powerOnDelay),
-    FIELD(ModelTarsel, logoDisplayMode),
-    FIELD(ModelTarsel, operationMode),
-    FIELD(ModelTarsel, operationAuxMode),
-    FIELD(ModelTarsel, operationModeParam),
-    FIELD(ModelTarsel, outHTotal),
-    FIELD(ModelTarsel, outVTotal),
-    FIELD(ModelTarsel, outHSize),
-    FIELD(ModelTarsel, outVSize),
-    FIELD(ModelTarsel, outHPos),
-    FIELD(ModelTarsel, outVPos),
-    FIELD(ModelTarsel, outPolarity),
-    FIELD(ModelTarsel, outSyncWidth),
-    FIELD(ModelTarsel, outColorSpace),
-    FIELD(ModelTarsel, twoSplitMode),
-    FIELD(ModelTarsel, usbFileIndex),
-    FIELD(ModelTarsel, usbPlayTime),
-    FIELD(ModelTarsel, usbPlayType),
-    FIELD(ModelTarsel, usbPicPlayTotalTime),
-    FIELD(ModelTarsel, usbPlayMode),
-    FIELD(ModelTarsel, usbPlayState),
-    FIELD(ModelTarsel, usbBankInput),
-    FIELD(ModelTarsel, usbBankIndex),
-    FIELD(ModelTarsel, usbBankFileIndex),
-    FIELD(ModelTarsel, clockItem),
-    FIELD(ModelTarsel, clockValue1),
-    FIELD(ModelTarsel, clockValue2),
-    FIELD(ModelTarsel, clockValue3),
-    FIELD(ModelTarsel, osdScrollSwitch),
-    FIELD(ModelTarsel, osdScrollSpeed),
-    FIELD(ModelTarsel, previewSwitch),
-    FIELD(ModelTarsel, previewRed),
-    FIELD(ModelTarsel, previewGreen),
-    FIELD(ModelTarsel, previewBlue),
-    FIELD(ModelTarsel, previewX),
-    FIELD(ModelTarsel, previewY),
-    FIELD(ModelTarsel, dns),
-    FIELD(ModelTarsel, maskIP),
-    FIELD(ModelTarsel, ip),
-    FIELD(ModelTarsel, gateWayIP),
-    FIELD(ModelTarsel, dhcpSwitch),
-    FIELD(ModelTarsel, allOutputsBrightness),
-    FIELD(ModelTarsel, userSettingByte0),
-    FIELD(ModelTarsel, userSettingByte1),
-    FIELD(ModelTarsel, userSettingValue0),
-    FIELD(ModelTarsel, userSettingValue1),
-    FIELD(ModelTarsel, streamInputIp),
-    FIELD(ModelTarsel, streamInputMask),
-    FIELD(ModelTarsel, streamInputGateway),
-    FIELD(ModelTarsel, streamInputPort),
-    FIELD(ModelTarsel, h264DisplayPic),
-};
-
-const std::map<QString, FieldSetter<ModelScene>> kSceneFields = {
-    FIELD(ModelScene, deviceType),        FIELD(ModelScene, timeout),
-    FIELD(ModelScene, maxLayerCount),     FIELD(ModelScene, maxBankCount),
-    FIELD(ModelScene, maxContainerCount), FIELD(ModelScene, blackSwitch),
-    FIELD(ModelScene, takeSwitch),        FIELD(ModelScene, outAlphaTime),
-};
-
-const std::map<QString, FieldSetter<ModelBankPlayer>> kBankPlayerFields = {
-    FIELD(ModelBankPlayer, timeout),     FIELD(ModelBankPlayer, year),
-    FIELD(ModelBankPlayer, month),       FIELD(ModelBankPlayer, day),
-    FIELD(ModelBankPlayer, weekday),     FIELD(ModelBankPlayer, hours),
-    FIELD(ModelBankPlayer, minutes),     FIELD(ModelBankPlayer, seconds),
-    FIELD(ModelBankPlayer, clockSwitch),
-};
-
-const std::map<QString, FieldSetter<Model_PommetParam>> kKeyboardFields = {
-    FIELD(Model_PommetParam, waitTime),
-    FIELD(Model_PommetParam, lockValue),
-    FIELD(Model_PommetParam, keyboardModel),
-};
-
-#undef FIELD
-
-template <class M>
-QString applyOne(const std::map<QString, FieldSetter<M>>& fields, M& model, const QString& key,
-                 const QJsonValue& value, bool& found) {
-    const auto it = fields.find(key);
-    if (it == fields.end())
-        return QString();
-    found = true;
-    return it->second(model, value)
-               ? QString()
-               : QStringLiteral("model member %1 has a value of the wrong kind").arg(key);
-}
-
-template <class M>
-QString applyAll(const std::map<QString, FieldSetter<M>>& fields, M& model,
-                 const QJsonObject& values, const QString& record) {
-    for (auto it = values.begin(); it != values.end(); ++it) {
-        bool found = false;
-        const QString error = applyOne(fields, model, it.key(), it.value(), found);
-        if (!error.isEmpty())
-            return error;
-        if (!found)
-            return QStringLiteral("%1 has no member named %2").arg(record, it.key());
-    }
-    return QString();
-}
-
 // Every key gets distinct LED bytes and short labels, so that a key read from the wrong entry
 // or a swapped field shows in the output.
 void fillKeys(QVector<_KeyParam>& keys, int kind) {
@@ -320,7 +682,6 @@ Models Models::defaults() {
     fillKeys(m.keyboard.keysKind5, 5);
     fillKeys(m.keyboard.keysKind6, 6);
     fillKeys(m.keyboard.keysOther, 0);
-    Model_PommetParam::gOledLength = 4;
 
     m.scene.outAlphaTime = 1000;
     for (int s = 0; s < kCount; ++s) {
@@ -336,55 +697,32 @@ Models Models::defaults() {
     return m;
 }
 
-template <class M>
-void setNumbers(const std::map<QString, FieldSetter<M>>& fields, M& model, int value) {
-    for (const auto& field : fields)
-        field.second(model, QJsonValue(value)); // text members refuse a number and stay
-}
-
-Models Models::withNumbers(int value) const {
-    Models m = *this;
-    setNumbers(kTarselFields, m.tarsel, value);
-    setNumbers(kSceneFields, m.scene, value);
-    setNumbers(kBankPlayerFields, m.bankPlayer, value);
-    setNumbers(kKeyboardFields, m.keyboard, value);
-    return m;
-}
-
-QString Models::override(const QByteArray& json) {
+QString Models::apply(const QByteArray& text) {
     QJsonParseError parseError;
-    const QJsonDocument doc = QJsonDocument::fromJson(json, &parseError);
+    const QJsonDocument doc = QJsonDocument::fromJson(text, &parseError);
     if (!doc.isObject())
         return QStringLiteral("model file is not a JSON object: %1").arg(parseError.errorString());
     const QJsonObject root = doc.object();
     for (auto it = root.begin(); it != root.end(); ++it) {
         QString error;
-        const bool recordClass = it.key() == QLatin1String("ModelTarsel") ||
-                                 it.key() == QLatin1String("ModelScene") ||
-                                 it.key() == QLatin1String("ModelBankPlayer") ||
-                                 it.key() == QLatin1String("Model_PommetParam");
-        if (recordClass && !it.value().isObject())
-            error = QStringLiteral("%1 must hold a JSON object").arg(it.key());
-        else if (it.key() == QLatin1String("ModelTarsel"))
-            error = applyAll(kTarselFields, tarsel, it.value().toObject(), it.key());
-        else if (it.key() == QLatin1String("ModelScene"))
-            error = applyAll(kSceneFields, scene, it.value().toObject(), it.key());
-        else if (it.key() == QLatin1String("Model_PommetParam"))
-            error = applyAll(kKeyboardFields, keyboard, it.value().toObject(), it.key());
-        else if (it.key() == QLatin1String("ModelBankPlayer"))
-            error = applyAll(kBankPlayerFields, bankPlayer, it.value().toObject(), it.key());
-        else {
-            bool found = false;
-            error = applyOne(kTarselFields, tarsel, it.key(), it.value(), found);
-            if (error.isEmpty())
-                error = applyOne(kSceneFields, scene, it.key(), it.value(), found);
-            if (error.isEmpty())
-                error = applyOne(kBankPlayerFields, bankPlayer, it.key(), it.value(), found);
-            if (error.isEmpty())
-                error = applyOne(kKeyboardFields, keyboard, it.key(), it.value(), found);
-            if (error.isEmpty() && !found)
-                error = QStringLiteral("no model record has a member named %1").arg(it.key());
-        }
+        bool found = false;
+        forEach(*this, [&](const char* record, auto& model) {
+            if (it.key() == QLatin1String(record)) {
+                found = true;
+                error = applyJson(model, it.value(), it.key());
+                return;
+            }
+            // A top-level member by itself changes every record that has it.
+            forEach(model, [&](const char* name, auto& member) {
+                if (error.isEmpty() && it.key() == QLatin1String(name) &&
+                    nodeOf<Bare<decltype(member)>>() >= Node::Number) {
+                    found = true;
+                    error = applyJson(member, it.value(), it.key());
+                }
+            });
+        });
+        if (error.isEmpty() && !found)
+            error = QStringLiteral("no model record has a member named %1").arg(it.key());
         if (!error.isEmpty())
             return error;
     }

@@ -5,23 +5,29 @@
 #include "modelscene.h"
 #include "modeltarsel.h"
 
+#include <QJsonObject>
 #include <QString>
+#include <QStringList>
+
+#include <functional>
 
 // The model records that dalctl hands to operations taking one: built-in defaults (time-out
-// 3000 ms, small counts, every list long enough for them), scalar members overridable from a
-// JSON file.
+// 3000 ms, small counts, every list long enough for them, distinct values so that a member read
+// from the wrong place shows), changed from JSON by --model.
 struct Models {
     ModelTarsel tarsel;
     ModelScene scene;
     ModelBankPlayer bankPlayer;
     Model_PommetParam keyboard;
+    // The keyboard's fixed label length, a static member of its record: set before each call.
+    int oledLength = 4;
 
     static Models defaults();
-    // Applies {"member": value} to every record with that member and
-    // {"RecordClass": {"member": value}} to one record. Returns an error text, empty on success.
-    QString override(const QByteArray& json);
-    // A copy whose numeric scalar members (those override takes) all hold `value`.
-    Models withNumbers(int value) const;
+    // Applies {"ModelScene": {...}, ...}: whole records or any part of them, lists included (a
+    // list given holds as many entries as its array, each starting from the entry it replaces),
+    // or {"member": value} for every record with that top-level member. Returns an error text,
+    // empty on success.
+    QString apply(const QByteArray& json);
 };
 
 // Which record of Models an operation's parameter of type T takes.
@@ -43,3 +49,36 @@ template <>
 struct ModelArg<Model_PommetParam> {
     static Model_PommetParam& from(Models& m) { return m.keyboard; }
 };
+
+// The records' members by path: "ModelScene.sceneList[1].layerList[2].regionA.x". One
+// description of each record and element type drives reading and writing JSON and this access.
+namespace members {
+
+enum class Node { Struct, List, Array, Number, Decimal, Text, Missing };
+
+struct Leaf {
+    Node node = Node::Missing;
+    long long min = 0; // a number's range
+    long long max = 0;
+};
+
+// What lies at `path`: a record, element, list or array, or a value and its range.
+Leaf at(const Models& m, const QString& path);
+// The paths one level below `path`: the members of a record or element, the entries of a list
+// or array; none below a value.
+QStringList children(const Models& m, const QString& path);
+// A value as a word: a number in decimal, a text as it stands. Empty when there is none.
+QString get(const Models& m, const QString& path);
+// Sets a value from its word; false when the path holds no value or the word does not fit.
+bool set(Models& m, const QString& path, const QString& word);
+// Gives the list at `path` `size` entries; new ones copy the last (or are default-made).
+bool resize(Models& m, const QString& path, int size);
+// Changes every value at or below `path` by `step` (a text gains a digit, or for an even
+// step becomes another).
+void shift(Models& m, const QString& path, int step);
+// Every list at or below `path`.
+QStringList lists(const Models& m, const QString& path);
+// The values at the given paths as the JSON that --model reads: one object per record.
+QJsonObject json(const Models& m, const QStringList& paths);
+
+} // namespace members

@@ -1,44 +1,65 @@
 #include "records.h"
 
+#include "quoting.h"
+
 #include <QJsonValue>
+#include <QRegularExpression>
+#include <QVariant>
 
 #include <algorithm>
-#include <utility>
+#include <functional>
 
-namespace {
+// ---- device families
+// ------------------------------------------------------------------------------
 
-const std::pair<const char*, int> kFamilies[] = {
-    {"native", 0x700000}, {"T9", 0x250300},    {"T3", 0x250400},       {"KR2", 0x250502},
-    {"NV", 0x2D0000},     {"H40", 0x900000},   {"H40B", 0x900001},     {"VM6S", 0x2C0104},
-    {"VantaZ", 0x2C0202}, {"Cadex", 0x260000}, {"keyboard", 0x400000},
-};
-
-// Codes that share a family with the one the family name selects.
-const std::pair<int, const char*> kAliases[] = {
-    {0x250310, "T3"},    {0x2C0103, "VM6S"},  {0x230102, "Cadex"},  {0x230106, "Cadex"},
-    {0x230107, "Cadex"}, {0x250000, "Cadex"}, {0x260002, "Cadex"},  {0x2C0100, "Cadex"},
-    {0x2C0106, "Cadex"}, {0x2C0107, "Cadex"}, {0x2C0201, "VantaZ"},
-};
-
-bool bytesFromHex(const QJsonValue& value, QByteArray& bytes) {
-    if (!value.isString() || !isHexPairs(value.toString()))
-        return false;
-    bytes = QByteArray::fromHex(value.toString().toLatin1());
-    return true;
+const QVector<Family>& families() {
+    static const QVector<Family> all = [] {
+        QVector<Family> list;
+#define DAL_FAMILY(name, cls, form, code, tag, other, tunnel, longest, ...)                        \
+    list << Family{QStringLiteral(#name), QStringLiteral(#cls), Form::form, code,                  \
+                   QVector<int>{code, ##__VA_ARGS__}};
+#include "families.def"
+        for (Family& f : list) // the OSD box has no device type
+            f.codes.removeAll(0);
+        return list;
+    }();
+    return all;
 }
 
-// A "length" member, when there is one, must count the bytes given.
-bool lengthFits(const QJsonObject& json, const QByteArray& bytes) {
-    return !json.contains(QLatin1String("length")) ||
-           json.value(QLatin1String("length")).toInt(-1) == bytes.size();
+QStringList familyNames() {
+    QStringList names;
+    for (const Family& f : families())
+        names << f.name;
+    return names;
 }
 
-QString headHex(const model_Protocoldata& rec) {
-    return QString::fromLatin1(
-        QByteArray(reinterpret_cast<const char*>(rec.cmdHead), sizeof rec.cmdHead).toHex(' '));
+const Family* familyOfCode(int deviceType) {
+    for (const Family& f : families())
+        if (f.codes.contains(deviceType))
+            return &f;
+    return nullptr;
 }
 
-} // namespace
+const Family* familyOf(const QString& nameOrCode) {
+    for (const Family& f : families())
+        if (nameOrCode.compare(f.name, Qt::CaseInsensitive) == 0)
+            return &f;
+    bool ok = false;
+    const qlonglong code = nameOrCode.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
+                               ? nameOrCode.mid(2).toLongLong(&ok, 16)
+                               : nameOrCode.toLongLong(&ok, 10);
+    return ok && code > 0 && code <= 0x7FFFFFFF ? familyOfCode(int(code)) : nullptr;
+}
+
+QString familyName(int deviceType) {
+    const Family* f = familyOfCode(deviceType);
+    return f ? f->name : QStringLiteral("unknown");
+}
+
+QString deviceCodeText(int code) {
+    return QStringLiteral("0x") +
+           QString::number(uint(code), 16).toUpper().rightJustified(6, QLatin1Char('0'));
+}
 
 bool isHexPairs(const QString& text) {
     return text.size() % 2 == 0 && std::all_of(text.begin(), text.end(), [](QChar c) {
@@ -47,99 +68,320 @@ bool isHexPairs(const QString& text) {
            });
 }
 
-QStringList familyNames() {
-    QStringList names;
-    for (const auto& family : kFamilies)
-        names << QString::fromLatin1(family.first);
-    return names;
+QString quote(const QString& text) {
+    QString quoted;
+    quoted.reserve(text.size() + 2);
+    dal::writeQuoted(text, [&](auto c) { quoted += QChar(c); });
+    return quoted;
 }
 
-QVector<int> familyCodes() {
-    QVector<int> codes;
-    for (const auto& family : kFamilies)
-        codes << family.second;
-    return codes;
-}
-
-QString deviceCodeText(int code) {
-    return QStringLiteral("0x") +
-           QString::number(code, 16).toUpper().rightJustified(6, QLatin1Char('0'));
-}
-
-QString familyName(int deviceType) {
-    for (const auto& family : kFamilies)
-        if (family.second == deviceType)
-            return QString::fromLatin1(family.first);
-    for (const auto& alias : kAliases)
-        if (alias.first == deviceType)
-            return QString::fromLatin1(alias.second);
-    return QStringLiteral("native");
-}
-
-bool deviceTypeFromText(const QString& text, int& deviceType) {
-    for (const auto& family : kFamilies)
-        if (text.compare(QLatin1String(family.first), Qt::CaseInsensitive) == 0) {
-            deviceType = family.second;
-            return true;
-        }
-    bool ok = false;
-    const qlonglong code = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
-                               ? text.mid(2).toLongLong(&ok, 16)
-                               : text.toLongLong(&ok, 10);
-    if (!ok || code < 0 || code > 0x7FFFFFFF)
+bool unquote(const QString& quoted, QString& text) {
+    if (quoted.size() < 2 || !quoted.startsWith(QLatin1Char('"')) ||
+        !quoted.endsWith(QLatin1Char('"')))
         return false;
-    deviceType = static_cast<int>(code);
+    text.clear();
+    const int end = int(quoted.size()) - 1;
+    for (int i = 1; i < end; ++i) {
+        const QChar c = quoted[i];
+        if (c == QLatin1Char('"'))
+            return false;
+        if (c != QLatin1Char('\\')) {
+            text += c;
+            continue;
+        }
+        if (++i >= end)
+            return false;
+        const char kind = quoted[i].toLatin1();
+        const int digits = kind == 'u' ? 4 : kind == 'U' ? 8 : 0;
+        const char* simple = "\"\"\\\\b\bf\fn\nr\rt\t";
+        const char* found = nullptr;
+        for (const char* p = simple; *p; p += 2)
+            if (*p == kind)
+                found = p + 1;
+        if (found) {
+            text += QLatin1Char(*found);
+            continue;
+        }
+        bool ok = false;
+        const uint value = digits ? quoted.mid(i + 1, digits).toUInt(&ok, 16) : 0;
+        if (!ok || i + digits >= end + 1 || value > 0x10FFFF)
+            return false;
+        text += value > 0xFFFF ? QString::fromUcs4(reinterpret_cast<const char32_t*>(&value), 1)
+                               : QString(QChar(char16_t(value)));
+        i += digits;
+    }
     return true;
 }
 
-QString recordText(const model_Protocoldata& rec, int number) {
-    QString text = QStringLiteral("record %1: device %2 (%3), connect %4, dataType %5, msgCode %6, "
-                                  "status %7, timeout %8\n")
-                       .arg(number)
-                       .arg(deviceCodeText(rec.deviceType), familyName(rec.deviceType))
-                       .arg(rec.connectType)
-                       .arg(rec.dataType)
-                       .arg(rec.msgCode)
-                       .arg(rec.statusByte)
-                       .arg(rec.timeout);
-    text += QStringLiteral("  head: %1\n").arg(headHex(rec));
-    if (!rec.strAux1.isEmpty())
-        text += QStringLiteral("  strAux1: \"%1\"\n").arg(rec.strAux1);
-    text += QStringLiteral("  Datablock: \"%1\"\n").arg(rec.Datablock);
-    text += QStringLiteral("  arryDatablock (%1 bytes):%2\n")
-                .arg(rec.arryDatablock.size())
-                .arg(rec.arryDatablock.isEmpty()
-                         ? QString()
-                         : QLatin1Char(' ') + QString::fromLatin1(rec.arryDatablock.toHex()));
+// ---- the fields of a record
+// -----------------------------------------------------------------------
+
+namespace {
+
+QString spacedHex(const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex(' ')); }
+
+// One field of a record: how it is named in the JSON line and in the printout, what kind of
+// value it holds and how it is read and written. The fields on the printout's first line come
+// first; each of the others has a line of its own.
+template <class Rec>
+struct Field {
+    enum Kind { Device, Number, Text, Head, Bytes };
+    const char* json;
+    const char* label;
+    Kind kind;
+    bool ownLine;
+    bool optional; // on its line only when not empty
+    std::function<QVariant(const Rec&)> get;
+    std::function<void(Rec&, const QVariant&)> set;
+};
+
+#define NUMBER(json, label, member)                                                                \
+    {                                                                                              \
+        json, label, Field<R>::Number, false, false,                                               \
+            [](const R& r) { return QVariant(qlonglong(r.member)); },                              \
+            [](R& r, const QVariant& v) { r.member = decltype(r.member)(v.toLongLong()); }         \
+    }
+#define TEXT(json, label, member, ownLine, optional)                                               \
+    {                                                                                              \
+        json, label, Field<R>::Text, ownLine, optional,                                            \
+            [](const R& r) { return QVariant(r.member); },                                         \
+            [](R& r, const QVariant& v) { r.member = v.toString(); }                               \
+    }
+#define BYTES(json, label, kind, member)                                                           \
+    {                                                                                              \
+        json, label, kind, true, false, [](const R& r) { return QVariant(bytesOf(r.member)); },    \
+            [](R& r, const QVariant& v) { assign(r.member, v.toByteArray()); }                     \
+    }
+
+QByteArray bytesOf(const QByteArray& bytes) { return bytes; }
+template <std::size_t N>
+QByteArray bytesOf(const unsigned char (&head)[N]) {
+    return QByteArray(reinterpret_cast<const char*>(head), int(N));
+}
+void assign(QByteArray& to, const QByteArray& from) { to = from; }
+template <std::size_t N>
+void assign(unsigned char (&head)[N], const QByteArray& from) {
+    std::copy(from.begin(), from.begin() + std::min<int>(int(N), from.size()), head);
+}
+
+const QVector<Field<model_Protocoldata>>& recordFields() {
+    using R = model_Protocoldata;
+    static const QVector<Field<R>> fields = {
+        {"deviceType", "device", Field<R>::Device, false, false,
+         [](const R& r) { return QVariant(r.deviceType); },
+         [](R& r, const QVariant& v) { r.deviceType = v.toInt(); }},
+        NUMBER("connectType", "connect", connectType),
+        NUMBER("dataType", "dataType", dataType),
+        NUMBER("msgCode", "msgCode", msgCode),
+        NUMBER("statusByte", "status", statusByte),
+        NUMBER("timeout", "timeout", timeout),
+        BYTES("head", "head", Field<R>::Head, cmdHead),
+        TEXT("strAux1", "strAux1", strAux1, true, true),
+        TEXT("Datablock", "Datablock", Datablock, true, false),
+        BYTES("arryDatablock", "arryDatablock", Field<R>::Bytes, arryDatablock),
+    };
+    return fields;
+}
+
+const QVector<Field<model_OsdParam>>& osdFields() {
+    using R = model_OsdParam;
+    static const QVector<Field<R>> fields = {
+        TEXT("tag", "tag", tag, false, false),
+        NUMBER("timeout", "timeout", timeout),
+        BYTES("header", "header", Field<R>::Head, frameHead),
+        BYTES("payload", "payload", Field<R>::Bytes, payload),
+    };
+    return fields;
+}
+
+#undef NUMBER
+#undef TEXT
+#undef BYTES
+
+// The value of a first-line field as the printout shows it.
+template <class Rec>
+QString shown(const Field<Rec>& f, const Rec& rec) {
+    const QVariant v = f.get(rec);
+    switch (f.kind) {
+    case Field<Rec>::Device:
+        return QStringLiteral("%1 (%2)").arg(deviceCodeText(v.toInt()), familyName(v.toInt()));
+    case Field<Rec>::Text:
+        return quote(v.toString());
+    default:
+        return v.toString();
+    }
+}
+
+template <class Rec>
+QString printed(const QVector<Field<Rec>>& fields, const Rec& rec, const QString& title) {
+    QStringList first;
+    for (const Field<Rec>& f : fields)
+        if (!f.ownLine)
+            first << QStringLiteral("%1 %2").arg(QLatin1String(f.label), shown(f, rec));
+    QString text = title + first.join(QStringLiteral(", ")) + QLatin1Char('\n');
+    for (const Field<Rec>& f : fields) {
+        if (!f.ownLine)
+            continue;
+        const QVariant v = f.get(rec);
+        if (f.kind == Field<Rec>::Text) {
+            if (!f.optional || !v.toString().isEmpty())
+                text +=
+                    QStringLiteral("  %1: %2\n").arg(QLatin1String(f.label), quote(v.toString()));
+        } else if (f.kind == Field<Rec>::Head) {
+            text += QStringLiteral("  %1: %2\n")
+                        .arg(QLatin1String(f.label), spacedHex(v.toByteArray()));
+        } else {
+            const QByteArray bytes = v.toByteArray();
+            text +=
+                QStringLiteral("  %1 (%2 bytes):%3\n")
+                    .arg(QLatin1String(f.label))
+                    .arg(bytes.size())
+                    .arg(bytes.isEmpty() ? QString()
+                                         : QLatin1Char(' ') + QString::fromLatin1(bytes.toHex()));
+        }
+    }
     return text;
 }
 
-QJsonObject recordJson(const model_Protocoldata& rec) {
-    return QJsonObject{
-        {QStringLiteral("deviceType"), deviceCodeText(rec.deviceType)},
-        {QStringLiteral("family"), familyName(rec.deviceType)},
-        {QStringLiteral("connectType"), rec.connectType},
-        {QStringLiteral("dataType"), rec.dataType},
-        {QStringLiteral("msgCode"), rec.msgCode},
-        {QStringLiteral("statusByte"), rec.statusByte},
-        {QStringLiteral("timeout"), rec.timeout},
-        {QStringLiteral("head"),
-         QString::fromLatin1(
-             QByteArray(reinterpret_cast<const char*>(rec.cmdHead), sizeof rec.cmdHead).toHex())},
-        {QStringLiteral("strAux1"), rec.strAux1},
-        {QStringLiteral("Datablock"), rec.Datablock},
-        {QStringLiteral("arryDatablock"), QString::fromLatin1(rec.arryDatablock.toHex())},
-        {QStringLiteral("length"), rec.arryDatablock.size()},
-    };
+template <class Rec>
+QJsonObject asJson(const QVector<Field<Rec>>& fields, const Rec& rec) {
+    QJsonObject json;
+    for (const Field<Rec>& f : fields) {
+        const QVariant v = f.get(rec);
+        switch (f.kind) {
+        case Field<Rec>::Device:
+            json.insert(QLatin1String(f.json), deviceCodeText(v.toInt()));
+            json.insert(QStringLiteral("family"), familyName(v.toInt()));
+            break;
+        case Field<Rec>::Number:
+            json.insert(QLatin1String(f.json), v.toLongLong());
+            break;
+        case Field<Rec>::Text:
+            json.insert(QLatin1String(f.json), v.toString());
+            break;
+        case Field<Rec>::Bytes:
+            json.insert(QStringLiteral("length"), v.toByteArray().size());
+            Q_FALLTHROUGH();
+        case Field<Rec>::Head:
+            json.insert(QLatin1String(f.json), QString::fromLatin1(v.toByteArray().toHex()));
+            break;
+        }
+    }
+    return json;
+}
+
+// Sets one field from its JSON value or printed word; false when the value is not of its kind.
+template <class Rec>
+bool setField(const Field<Rec>& f, Rec& rec, const QJsonValue& value) {
+    switch (f.kind) {
+    case Field<Rec>::Device: {
+        // A code no family has is still a record's: the device search's first probes carry 0.
+        bool ok = value.isDouble();
+        const int code = value.isString() ? value.toString().toInt(&ok, 0) : value.toInt();
+        if (!ok)
+            return false;
+        f.set(rec, code);
+        return true;
+    }
+    case Field<Rec>::Number:
+        if (!value.isDouble())
+            return false;
+        f.set(rec, qlonglong(value.toDouble()));
+        return true;
+    case Field<Rec>::Text:
+        if (!value.isString())
+            return false;
+        f.set(rec, value.toString());
+        return true;
+    default: {
+        const QString hex = value.toString();
+        if (!value.isString() || !isHexPairs(hex))
+            return false;
+        const QByteArray bytes = QByteArray::fromHex(hex.toLatin1());
+        const int size = f.get(Rec()).toByteArray().size();
+        if (f.kind == Field<Rec>::Head && bytes.size() != size)
+            return false;
+        f.set(rec, bytes);
+        return true;
+    }
+    }
+}
+
+template <class Rec>
+bool fromJson(const QVector<Field<Rec>>& fields, const QJsonObject& json, Rec& rec,
+              const QString& what, QString& error) {
+    rec = Rec();
+    QByteArray* counted = nullptr;
+    QByteArray block;
+    for (auto it = json.begin(); it != json.end(); ++it) {
+        if (it.key() == QLatin1String("family") || it.key() == QLatin1String("length") ||
+            it.key() == QLatin1String("osd"))
+            continue;
+        const auto f = std::find_if(fields.begin(), fields.end(), [&](const Field<Rec>& f) {
+            return it.key() == QLatin1String(f.json);
+        });
+        if (f == fields.end()) {
+            error = QStringLiteral("%1 has no field named %2").arg(what, it.key());
+            return false;
+        }
+        if (!setField(*f, rec, it.value())) {
+            error = f->kind == Field<Rec>::Head
+                        ? QStringLiteral("%1 %2 must be %3 bytes of hex")
+                              .arg(what, it.key())
+                              .arg(f->get(Rec()).toByteArray().size())
+                        : QStringLiteral("%1 %2 must be %3")
+                              .arg(what, it.key(),
+                                   QLatin1String(f->kind == Field<Rec>::Bytes    ? "hex"
+                                                 : f->kind == Field<Rec>::Text   ? "a text"
+                                                 : f->kind == Field<Rec>::Device ? "a device code"
+                                                                                 : "a number"));
+            return false;
+        }
+        if (f->kind == Field<Rec>::Bytes) {
+            block = f->get(rec).toByteArray();
+            counted = &block;
+        }
+    }
+    // A "length" member, when there is one, must count the bytes given.
+    if (json.contains(QLatin1String("length")) &&
+        json.value(QLatin1String("length")).toInt(-1) != (counted ? counted->size() : 0)) {
+        error = QStringLiteral("%1 length does not count its bytes: cut or garbled").arg(what);
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+QString recordText(const model_Protocoldata& rec, int number) {
+    return printed(recordFields(), rec, QStringLiteral("record %1: ").arg(number));
+}
+
+QJsonObject recordJson(const model_Protocoldata& rec) { return asJson(recordFields(), rec); }
+
+bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& error) {
+    return fromJson(recordFields(), json, rec, QStringLiteral("record"), error);
+}
+
+QString osdRecordText(const model_OsdParam& rec, int number) {
+    return printed(osdFields(), rec, QStringLiteral("OSD record %1: ").arg(number));
+}
+
+QJsonObject osdRecordJson(const model_OsdParam& rec) {
+    QJsonObject json = asJson(osdFields(), rec);
+    json.insert(QStringLiteral("osd"), true);
+    return json;
+}
+
+bool osdRecordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error) {
+    return fromJson(osdFields(), json, rec, QStringLiteral("OSD record"), error);
 }
 
 QString recordSummary(const model_Protocoldata& rec) {
     constexpr int kShownBytes = 32;
-    QString text = rec.Datablock;
-    text.replace(QLatin1Char('\r'), QLatin1String("\\r"))
-        .replace(QLatin1Char('\n'), QLatin1String("\\n"));
-    QString summary = QStringLiteral("%1 [%2] \"%3\" (%4)")
-                          .arg(deviceCodeText(rec.deviceType), headHex(rec), text)
+    QString summary = QStringLiteral("%1 [%2] %3 (%4)")
+                          .arg(deviceCodeText(rec.deviceType), spacedHex(bytesOf(rec.cmdHead)),
+                               quote(rec.Datablock))
                           .arg(rec.arryDatablock.size());
     if (!rec.arryDatablock.isEmpty())
         summary +=
@@ -149,119 +391,155 @@ QString recordSummary(const model_Protocoldata& rec) {
     return summary;
 }
 
-bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& error) {
-    rec = model_Protocoldata();
-    for (auto it = json.begin(); it != json.end(); ++it) {
-        const QString key = it.key();
-        const QJsonValue value = it.value();
-        if (key == QLatin1String("head")) {
-            QByteArray head;
-            if (!bytesFromHex(value, head) || head.size() != int(sizeof rec.cmdHead)) {
-                error = QStringLiteral("record head must be 8 bytes of hex");
-                return false;
-            }
-            std::copy(head.begin(), head.end(), rec.cmdHead);
-        } else if (key == QLatin1String("deviceType")) {
-            if (!deviceTypeFromText(value.isString() ? value.toString()
-                                                     : QString::number(value.toInt()),
-                                    rec.deviceType)) {
-                error = QStringLiteral("record deviceType is not a device code");
-                return false;
-            }
-        } else if (key == QLatin1String("connectType")) {
-            rec.connectType = static_cast<unsigned char>(value.toInt());
-        } else if (key == QLatin1String("dataType")) {
-            rec.dataType = static_cast<unsigned char>(value.toInt());
-        } else if (key == QLatin1String("msgCode")) {
-            rec.msgCode = static_cast<unsigned short>(value.toInt());
-        } else if (key == QLatin1String("statusByte")) {
-            rec.statusByte = static_cast<unsigned char>(value.toInt());
-        } else if (key == QLatin1String("timeout")) {
-            rec.timeout = value.toInt();
-        } else if (key == QLatin1String("strAux1")) {
-            rec.strAux1 = value.toString();
-        } else if (key == QLatin1String("Datablock")) {
-            rec.Datablock = value.toString();
-        } else if (key == QLatin1String("arryDatablock")) {
-            if (!bytesFromHex(value, rec.arryDatablock)) {
-                error = QStringLiteral("record arryDatablock must be hex");
-                return false;
-            }
-        } else if (key != QLatin1String("family") && key != QLatin1String("length")) {
-            error = QStringLiteral("a record has no field named %1").arg(key);
-            return false;
+// ---- reading the printout back
+// ----------------------------------------------------------------------
+
+namespace {
+
+const QString kQuoted = QStringLiteral("(\"(?:[^\"\\\\]|\\\\.)*\")");
+
+// The pattern of a first line: its title, then each first-line field's value.
+template <class Rec>
+QRegularExpression firstLine(const QVector<Field<Rec>>& fields, const QString& title) {
+    QStringList parts;
+    for (const Field<Rec>& f : fields) {
+        if (f.ownLine)
+            continue;
+        const QString value = f.kind == Field<Rec>::Device
+                                  ? QStringLiteral("0x([0-9A-Fa-f]{1,8}) \\(\\w+\\)")
+                              : f.kind == Field<Rec>::Text ? kQuoted
+                                                           : QStringLiteral("(-?\\d+)");
+        parts << QLatin1String(f.label) + QLatin1Char(' ') + value;
+    }
+    return QRegularExpression(QLatin1Char('^') + title + QStringLiteral("(\\d+): ") +
+                              parts.join(QStringLiteral(", ")) + QLatin1Char('$'));
+}
+
+// The pattern of a field's own line.
+template <class Rec>
+QRegularExpression ownLine(const Field<Rec>& f) {
+    const QString label = QLatin1String(f.label);
+    if (f.kind == Field<Rec>::Text)
+        return QRegularExpression(QLatin1Char('^') + label + QStringLiteral(": ") + kQuoted + '$');
+    if (f.kind == Field<Rec>::Head)
+        return QRegularExpression(QLatin1Char('^') + label +
+                                  QStringLiteral(": ((?:[0-9a-fA-F]{2} )*[0-9a-fA-F]{2})$"));
+    return QRegularExpression(QLatin1Char('^') + label +
+                              QStringLiteral(" \\((\\d+) bytes\\):(?: (\\S+))?$"));
+}
+
+bool failed(QString& error, const QString& text) {
+    error = text;
+    return false;
+}
+
+// Reads the first line's values (when `first` matched) and then each own line in order;
+// `whole` requires every line that is not optional.
+template <class Rec>
+bool readPrinted(const QVector<Field<Rec>>& fields, const QRegularExpressionMatch& first,
+                 const QStringList& lines, int& at, Rec& rec, bool whole, const QString& what,
+                 QString& error) {
+    int group = 2;
+    for (const Field<Rec>& f : fields) {
+        if (f.ownLine || !first.hasMatch())
+            continue;
+        const QString word = first.captured(group++);
+        QString text;
+        if (f.kind == Field<Rec>::Text) {
+            if (!unquote(word, text))
+                return failed(error, what + QStringLiteral(" is garbled in its %1").arg(f.label));
+            f.set(rec, text);
+        } else {
+            f.set(rec, f.kind == Field<Rec>::Device ? QVariant(int(word.toUInt(nullptr, 16)))
+                                                    : QVariant(word.toLongLong()));
         }
     }
-    if (!lengthFits(json, rec.arryDatablock)) {
-        error = QStringLiteral("record length does not count its arryDatablock: cut or garbled");
-        return false;
+    bool started = first.hasMatch();
+    for (const Field<Rec>& f : fields) {
+        if (!f.ownLine)
+            continue;
+        const QString line = at + (started ? 1 : 0) < lines.size()
+                                 ? lines[at + (started ? 1 : 0)].trimmed()
+                                 : QString();
+        const QRegularExpressionMatch m = ownLine(f).match(line);
+        if (!m.hasMatch()) {
+            if (f.optional || (!whole && started))
+                continue;
+            return failed(error,
+                          what + QStringLiteral(" is cut: its %1 line is missing").arg(f.label));
+        }
+        if (started)
+            ++at;
+        started = true;
+        if (f.kind == Field<Rec>::Text) {
+            QString text;
+            if (!unquote(m.captured(1), text))
+                return failed(error,
+                              what + QStringLiteral(" is garbled in its %1 text").arg(f.label));
+            f.set(rec, text);
+        } else if (f.kind == Field<Rec>::Head) {
+            f.set(rec, QByteArray::fromHex(m.captured(1).remove(QLatin1Char(' ')).toLatin1()));
+        } else {
+            if (!isHexPairs(m.captured(2)))
+                return failed(
+                    error,
+                    what + QStringLiteral(" is garbled: its %1 is not hex pairs").arg(f.label));
+            const QByteArray bytes = QByteArray::fromHex(m.captured(2).toLatin1());
+            if (bytes.size() != m.captured(1).toInt())
+                return failed(error, QStringLiteral("%1 is cut: it says %2 bytes but holds %3")
+                                         .arg(what, m.captured(1))
+                                         .arg(bytes.size()));
+            f.set(rec, bytes);
+        }
     }
     return true;
 }
 
-namespace {
+const QRegularExpression& recordLine() {
+    static const QRegularExpression pattern = firstLine(recordFields(), QStringLiteral("record "));
+    return pattern;
+}
 
-QString osdHeadHex(const model_OsdParam& rec) {
-    return QString::fromLatin1(
-        QByteArray(reinterpret_cast<const char*>(rec.frameHead), sizeof rec.frameHead).toHex(' '));
+const QRegularExpression& osdLine() {
+    static const QRegularExpression pattern = firstLine(osdFields(), QStringLiteral("OSD record "));
+    return pattern;
+}
+
+const QRegularExpression& headLine() {
+    static const QRegularExpression pattern = ownLine(*std::find_if(
+        recordFields().begin(), recordFields().end(), [](const Field<model_Protocoldata>& f) {
+            return f.kind == Field<model_Protocoldata>::Head;
+        }));
+    return pattern;
 }
 
 } // namespace
 
-QString osdRecordText(const model_OsdParam& rec, int number) {
-    return QStringLiteral("OSD record %1: tag \"%2\", timeout %3\n  header: %4\n"
-                          "  payload (%5 bytes):%6\n")
-        .arg(number)
-        .arg(rec.tag)
-        .arg(rec.timeout)
-        .arg(osdHeadHex(rec))
-        .arg(rec.payload.size())
-        .arg(rec.payload.isEmpty() ? QString()
-                                   : QLatin1Char(' ') + QString::fromLatin1(rec.payload.toHex()));
+bool isRecordStart(const QString& line) {
+    return recordLine().match(line.trimmed()).hasMatch() ||
+           headLine().match(line.trimmed()).hasMatch();
 }
 
-QJsonObject osdRecordJson(const model_OsdParam& rec) {
-    return QJsonObject{
-        {QStringLiteral("osd"), true},
-        {QStringLiteral("header"),
-         QString::fromLatin1(
-             QByteArray(reinterpret_cast<const char*>(rec.frameHead), sizeof rec.frameHead)
-                 .toHex())},
-        {QStringLiteral("tag"), rec.tag},
-        {QStringLiteral("timeout"), rec.timeout},
-        {QStringLiteral("payload"), QString::fromLatin1(rec.payload.toHex())},
-        {QStringLiteral("length"), rec.payload.size()},
-    };
+bool isOsdRecordStart(const QString& line) { return osdLine().match(line.trimmed()).hasMatch(); }
+
+bool readRecord(const QStringList& lines, int& at, PrintedRecord& read, QString& error) {
+    const QRegularExpressionMatch first = recordLine().match(lines[at].trimmed());
+    read = PrintedRecord();
+    read.deviceKnown = first.hasMatch();
+    read.number = first.captured(1).toInt();
+    const QString what = QStringLiteral("%1 (line %2)")
+                             .arg(read.deviceKnown ? QStringLiteral("record ") + first.captured(1)
+                                                   : QStringLiteral("head"))
+                             .arg(at + 1);
+    return readPrinted(recordFields(), first, lines, at, read.rec, read.deviceKnown, what, error);
 }
 
-bool osdRecordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error) {
+bool readOsdRecord(const QStringList& lines, int& at, int& number, model_OsdParam& rec,
+                   QString& error) {
+    const QRegularExpressionMatch first = osdLine().match(lines[at].trimmed());
+    number = first.captured(1).toInt();
     rec = model_OsdParam();
-    for (auto it = json.begin(); it != json.end(); ++it) {
-        const QString key = it.key();
-        if (key == QLatin1String("header")) {
-            QByteArray head;
-            if (!bytesFromHex(it.value(), head) || head.size() != int(sizeof rec.frameHead)) {
-                error = QStringLiteral("OSD header must be 11 bytes of hex");
-                return false;
-            }
-            std::copy(head.begin(), head.end(), rec.frameHead);
-        } else if (key == QLatin1String("tag")) {
-            rec.tag = it.value().toString();
-        } else if (key == QLatin1String("timeout")) {
-            rec.timeout = it.value().toInt();
-        } else if (key == QLatin1String("payload")) {
-            if (!bytesFromHex(it.value(), rec.payload)) {
-                error = QStringLiteral("OSD payload must be hex");
-                return false;
-            }
-        } else if (key != QLatin1String("osd") && key != QLatin1String("length")) {
-            error = QStringLiteral("an OSD record has no field named %1").arg(key);
-            return false;
-        }
-    }
-    if (!lengthFits(json, rec.payload)) {
-        error = QStringLiteral("OSD record length does not count its payload: cut or garbled");
-        return false;
-    }
-    return true;
+    const QString what =
+        QStringLiteral("OSD record %1 (line %2)").arg(first.captured(1)).arg(at + 1);
+    return readPrinted(osdFields(), first, lines, at, rec, true, what, error);
 }

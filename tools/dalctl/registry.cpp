@@ -3,6 +3,8 @@
 #include "dalTarsel.h"
 #include "dal_osd.h"
 #include "dal_pommet.h"
+#include "json_members.h"
+#include "records.h"
 
 #include <QRegularExpression>
 
@@ -62,6 +64,21 @@ int editDistance(const QString& a, const QString& b) {
 const QVector<Operation>& operations() {
     static const QVector<Operation> ops = buildOperations();
     return ops;
+}
+
+QStringList Operation::sampleWords() const {
+    QStringList words;
+    for (const Parameter& p : arguments)
+        words << QString::fromUtf8(args::infoOf(p.kind).sample);
+    return words;
+}
+
+QStringList Operation::modelRecords() const {
+    QStringList records;
+    for (const Parameter& p : parameters)
+        if (p.kind == args::Kind::Model)
+            records << QString(p.type).remove(QLatin1Char('&')).trimmed();
+    return records;
 }
 
 QVector<const Operation*> findOperations(const QString& name) {
@@ -131,24 +148,36 @@ QStringList splitParameters(const QString& params) {
     return parts;
 }
 
-QStringList parameterNames(const QString& params) {
-    static const QRegularExpression trailingName(QStringLiteral("[A-Za-z_]\\w*$"));
-    QStringList names;
+QVector<QPair<QString, QString>> namesAndTypes(const QString& params) {
+    static const QRegularExpression trailingName(QStringLiteral("^(.*[^\\w])(\\w+)$"));
+    QVector<QPair<QString, QString>> all;
     for (const QString& parameter : splitParameters(params)) {
         const QRegularExpressionMatch m = trailingName.match(parameter);
-        const bool named = m.hasMatch() && m.capturedStart() > 0 &&
-                           !parameter.at(m.capturedStart() - 1).isLetterOrNumber();
-        names << (named && parameter.contains(QLatin1Char(' ')) ? m.captured() : parameter);
+        all << qMakePair(m.captured(2), m.captured(1).trimmed());
     }
+    return all;
+}
+
+QStringList jsonMembersOf(const QString& name) {
+    QStringList names;
+    for (const dal::json::Member& m : dal::json::membersOf(name))
+        names << QString::fromLatin1(m.name);
     return names;
 }
 
-QString typeName(const QString& parameter) {
-    const QString name = parameterNames(QLatin1Char('(') + parameter + QLatin1Char(')')).value(0);
-    QString type = parameter;
-    if (name != parameter)
-        type.chop(name.size());
-    return type.trimmed();
+void checkWords(const Operation& op, const QStringList& words) {
+    for (int i = 0; i < op.arguments.size() && i < words.size(); ++i) {
+        if (op.arguments[i].kind == args::Kind::DashNumbers)
+            args::parseNumbers(words[i], QLatin1Char('-'));
+        if (op.arguments[i].kind != args::Kind::Json)
+            continue;
+        for (const QString& key : args::parseJsonObject(words[i]).keys())
+            if (!op.jsonMembers.contains(key))
+                throw ArgError(
+                    QStringLiteral("%1 reads no member \"%2\" of its object; it reads %3")
+                        .arg(op.name, key, op.jsonMembers.join(QStringLiteral(", ")))
+                        .toStdString());
+    }
 }
 
 } // namespace registry_detail

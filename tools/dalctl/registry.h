@@ -7,7 +7,6 @@
 #include <QVector>
 
 #include <functional>
-#include <memory>
 #include <tuple>
 #include <utility>
 
@@ -22,19 +21,34 @@ struct Targets {
     dal_Osd& osd;
 };
 
-// One public operation of the library, callable with command-line arguments.
+// One parameter of an operation, as its list declares it.
+struct Parameter {
+    QString name;
+    QString type; // as declared: "int", "QString const&", "DashNumbers"
+    args::Kind kind;
+    long long min = 0; // an integer's range
+    long long max = 0;
+
+    bool takesArgument() const { return args::takesArgument(kind); }
+};
+
+// One public operation of the library, callable with command-line words.
 struct Operation {
     QString className;
     QString name;
-    QString params;            // the declaration's parameter list, "(int p1, ModelTarsel p2)"
-    QStringList argumentTypes; // types of the parameters that take an argument, in order
-    // Runs the operation; returns what it returned and what it wrote to out-parameters, or
-    // throws ArgError.
+    QString params; // the declaration's parameter list, "(int timeout, ModelTarsel model)"
+    QVector<Parameter> parameters;
+    QVector<Parameter> arguments; // the parameters that take a word, in order
+    QStringList jsonMembers;      // what a JSON argument may hold: the members the call reads
+    // Runs the operation with one word per argument; returns what it returned and what it
+    // wrote to out-parameters, or throws ArgError.
     std::function<QString(Targets&, const QStringList&, Models&)> run;
-    QStringList argumentNames; // names of the parameters that take an argument, in order
 
     QString qualifiedName() const { return className + QStringLiteral("::") + name; }
     QString usage() const { return qualifiedName() + params; }
+    QStringList sampleWords() const;
+    // Which model records the operation reads: ModelTarsel, ModelScene...
+    QStringList modelRecords() const;
 };
 
 // Every public operation of DalTarsel, Dal_Pommet and dal_Osd.
@@ -52,37 +66,36 @@ QString describeResult(const QByteArray& value);
 QString describeResult(const QString& value);
 QString describeResult(const model_Protocoldata& value);
 QStringList splitParameters(const QString& params);
-QStringList parameterNames(const QString& params);
-QString typeName(const QString& parameter);
-
-template <class P>
-QString argumentTypeOf(const QString& declared) {
-    return args::Holder<P>::takesArgument ? typeName(declared) : QString();
-}
+// Name and declared type of each parameter in a declaration's list.
+QVector<QPair<QString, QString>> namesAndTypes(const QString& params);
+QStringList jsonMembersOf(const QString& name);
+// Refuses a word that its parameter's declared form does not allow.
+void checkWords(const Operation& op, const QStringList& words);
 
 template <class R, class Call, class... P, size_t... I>
 QString invoke(Call call, const QStringList& texts, Models& models, std::index_sequence<I...>,
-               const QStringList& names) {
+               const QVector<Parameter>& parameters) {
     std::tuple<args::Holder<P>...> holders;
     int next = 0;
     [[maybe_unused]] auto take = [&](auto& holder) {
-        if constexpr (std::decay_t<decltype(holder)>::takesArgument)
+        if constexpr (args::takesArgument(std::decay_t<decltype(holder)>::kind))
             holder.parse(texts.at(next++), models);
         else
             holder.parse(QString(), models);
     };
     (take(std::get<I>(holders)), ...);
 
-    // A buffer parameter followed by its length must hold that many bytes.
+    // A buffer must hold the bytes its length, the `len` after it, says are read.
     const std::optional<int> sizes[] = {std::get<I>(holders).bufferSize()..., std::nullopt};
     const std::optional<long long> integers[] = {std::get<I>(holders).integer()..., std::nullopt};
-    for (size_t i = 0; i + 1 < sizeof...(P); ++i)
-        if (sizes[i] && integers[i + 1] && *integers[i + 1] > *sizes[i])
-            throw ArgError(QStringLiteral("%1 is %2 but the buffer holds %3 bytes")
-                               .arg(names.value(int(i) + 1))
-                               .arg(*integers[i + 1])
-                               .arg(*sizes[i])
-                               .toStdString());
+    for (size_t i = 0; i < sizeof...(P); ++i)
+        for (size_t j = i + 1; sizes[i] && j < sizeof...(P); ++j)
+            if (parameters.value(int(j)).name == QLatin1String("len") && integers[j] &&
+                *integers[j] > *sizes[i])
+                throw ArgError(QStringLiteral("len is %1 but the buffer holds %2 bytes")
+                                   .arg(*integers[j])
+                                   .arg(*sizes[i])
+                                   .toStdString());
 
     QStringList shown;
     if constexpr (std::is_void_v<R>)
@@ -92,7 +105,7 @@ QString invoke(Call call, const QStringList& texts, Models& models, std::index_s
     const QString outputs[] = {std::get<I>(holders).output()..., QString()};
     for (size_t i = 0; i < sizeof...(P); ++i)
         if (!outputs[i].isEmpty())
-            shown << names.value(int(i)) + QStringLiteral(": ") + outputs[i];
+            shown << parameters.value(int(i)).name + QStringLiteral(": ") + outputs[i];
     return shown.join(QLatin1Char('\n'));
 }
 
@@ -106,60 +119,40 @@ C& targetOf(Targets& t) {
         return t.osd;
 }
 
+// An operation's parameters, each with its holder's kind; a text declared DashNumbers takes
+// the numbers the library splits at dashes.
 template <class... P>
-QStringList argumentTypes(const QString& params) {
-    const QStringList declared = splitParameters(params);
-    QStringList types;
+Operation describe(const char* className, const char* name, const char* params) {
+    Operation op;
+    op.className = QString::fromLatin1(className);
+    op.name = QString::fromLatin1(name);
+    op.params = QString::fromLatin1(params);
+    const auto declared = namesAndTypes(op.params);
     int i = 0;
-    ((types << argumentTypeOf<P>(declared.value(i++))), ...);
-    types.removeAll(QString());
-    return types;
-}
-
-template <class... P>
-QStringList argumentNames([[maybe_unused]] const QStringList& names) {
-    QStringList taken;
-    [[maybe_unused]] int i = 0;
-    ((args::Holder<P>::takesArgument ? void(taken << names.value(i++)) : void(++i)), ...);
-    return taken;
-}
-
-// An operation's names and types; its run function is set by the caller.
-template <class... P>
-Operation describe(const char* className, const char* name, const char* params,
-                   const QStringList& names) {
-    const QString declared = QString::fromLatin1(params);
-    return {QString::fromLatin1(className),
-            QString::fromLatin1(name),
-            declared,
-            argumentTypes<P...>(declared),
-            nullptr,
-            argumentNames<P...>(names)};
-}
-
-template <class C, class R, class... P>
-Operation makeOperation(const char* className, const char* name, const char* params,
-                        R (C::*fn)(P...)) {
-    const QStringList names = parameterNames(QString::fromLatin1(params));
-    Operation op = describe<P...>(className, name, params, names);
-    op.run = [fn, names](Targets& t, const QStringList& texts, Models& models) {
-        C& target = targetOf<C>(t);
-        auto call = [&](auto&&... a) -> R { return (target.*fn)(std::forward<decltype(a)>(a)...); };
-        return invoke<R, decltype(call), P...>(call, texts, models, std::index_sequence_for<P...>{},
-                                               names);
-    };
+    ((op.parameters << Parameter{declared.value(i).first, declared.value(i).second,
+                                 args::Holder<P>::kind, args::Holder<P>::min, args::Holder<P>::max},
+      ++i),
+     ...);
+    for (Parameter& p : op.parameters) {
+        if (p.type == QLatin1String("DashNumbers"))
+            p.kind = args::Kind::DashNumbers;
+        if (p.takesArgument())
+            op.arguments << p;
+    }
+    op.jsonMembers = jsonMembersOf(op.name);
     return op;
 }
 
 template <class C, class R, class... P>
 Operation makeOperation(const char* className, const char* name, const char* params,
-                        R (*fn)(P...)) {
-    const QStringList names = parameterNames(QString::fromLatin1(params));
-    Operation op = describe<P...>(className, name, params, names);
-    op.run = [fn, names](Targets&, const QStringList& texts, Models& models) {
-        auto call = [&](auto&&... a) -> R { return fn(std::forward<decltype(a)>(a)...); };
+                        R (C::*fn)(P...)) {
+    Operation op = describe<P...>(className, name, params);
+    op.run = [fn, op](Targets& t, const QStringList& texts, Models& models) {
+        checkWords(op, texts);
+        C& target = targetOf<C>(t);
+        auto call = [&](auto&&... a) -> R { return (target.*fn)(std::forward<decltype(a)>(a)...); };
         return invoke<R, decltype(call), P...>(call, texts, models, std::index_sequence_for<P...>{},
-                                               names);
+                                               op.parameters);
     };
     return op;
 }

@@ -6,11 +6,7 @@
 #include "dal_osd.h"
 #include "dal_pommet.h"
 #include "records.h"
-#include "registry.h"
 #include "utility_manage.h"
-
-#include <QCommandLineParser>
-#include <QTextStream>
 
 namespace {
 
@@ -36,52 +32,102 @@ QVector<model_OsdParam> drainOsdQueue() {
     return records;
 }
 
+void setUp(const UtilityValues& u) {
+    applyUtility(u);
+    DalTarsel::isConnected = true;
+    Dal_Pommet::isConnected = true;
+    drainQueue();
+    drainOsdQueue();
+}
+
+} // namespace
+
+void applyUtility(const UtilityValues& u) {
+    Utility_Manage::setDeviceType(u.deviceType);
+    Utility_Manage::setDeviceSubType(u.subType);
+    Utility_Manage::setConnectType(u.connectType);
+    Utility_Manage::setConnectToneFlag(u.toneFlag);
+    Utility_Manage::setToneProcVer(u.toneVersion);
+    Utility_Manage::setLocalIP(u.localIp);
+    Utility_Manage::setUserID(u.userId);
+}
+
+namespace {
+
+template <class Run>
+Outcome collect(const UtilityValues& utility, Run runOn) {
+    setUp(utility);
+    DalTarsel tarsel;
+    Dal_Pommet pommet;
+    dal_Osd osd;
+    Targets targets{tarsel, pommet, osd};
+    Outcome outcome;
+    outcome.returned = runOn(targets);
+    outcome.records = drainQueue();
+    outcome.osdRecords = drainOsdQueue();
+    return outcome;
+}
+
 QString usageOf(const QVector<const Operation*>& candidates) {
     QStringList lines;
-    for (const Operation* op : candidates)
+    for (const Operation* op : candidates) {
+        QStringList written;
+        for (const Parameter& p : op->arguments)
+            written << p.name.toUpper();
         lines << QStringLiteral("usage: dalctl [options] %1 %2")
-                         .arg(op->name, op->argumentTypes.join(QLatin1Char(' ')))
+                         .arg(op->name, written.join(QLatin1Char(' ')))
                          .trimmed() +
                      QStringLiteral("    # ") + op->usage();
+    }
     return lines.join(QLatin1Char('\n'));
 }
 
-const QString kRawUsage =
-    QStringLiteral("usage: dalctl [options] raw [--timeout MS] [--text TEXT] CMD DAT1 DAT2 DAT3 "
-                   "DAT4 [HEX]");
-
-void runRaw(const QStringList& call, Targets& targets) {
-    QCommandLineParser parser;
-    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    const QCommandLineOption timeoutOption(QStringLiteral("timeout"), QString(),
-                                           QStringLiteral("MS"), QStringLiteral("3000"));
-    const QCommandLineOption textOption(QStringLiteral("text"), QString(), QStringLiteral("TEXT"));
-    parser.addOptions({timeoutOption, textOption});
-    if (!parser.parse(call))
-        refuse(parser.errorText(), kRawUsage);
-    const QStringList values = parser.positionalArguments();
-    if (values.size() != 5 && values.size() != 6)
-        refuse(QStringLiteral("raw takes 5 or 6 arguments, %1 given").arg(values.size()),
-               kRawUsage);
-    try {
-        int head[5];
-        for (int i = 0; i < 5; ++i)
-            head[i] = static_cast<int>(args::parseInteger(values[i], -0x80000000LL, 0xFFFFFFFFLL));
-        const int timeout = static_cast<int>(
-            args::parseInteger(parser.value(timeoutOption), -0x80000000LL, 0x7FFFFFFFLL));
-        QByteArray block = values.size() == 6 ? args::parseHex(values[5]) : QByteArray();
-        unsigned char* data =
-            values.size() == 6 ? reinterpret_cast<unsigned char*>(block.data()) : nullptr;
-        targets.tarsel.f_SendCmd(timeout, head[0], head[1], head[2], head[3], head[4], data,
-                                 block.size(), parser.value(textOption));
-    } catch (const ArgError& e) {
-        refuse(QString::fromStdString(e.what()), kRawUsage);
-    }
+template <int UtilityValues::*member>
+QString number(const UtilityValues& u) {
+    return QString::number(u.*member);
+}
+template <int UtilityValues::*member>
+void setNumber(UtilityValues& u, const QString& word) {
+    u.*member = word.toInt(nullptr, 0);
+}
+template <QString UtilityValues::*member>
+QString text(const UtilityValues& u) {
+    return u.*member;
+}
+template <QString UtilityValues::*member>
+void setText(UtilityValues& u, const QString& word) {
+    u.*member = word;
 }
 
-QString runOperation(const QStringList& call, Targets& targets, Models& models) {
-    const QString name = call.first();
-    const QStringList arguments = call.mid(1);
+} // namespace
+
+const QVector<UtilityOption>& utilityOptions() {
+    using U = UtilityValues;
+    static const QVector<UtilityOption> options = {
+        {"subtype", "subType", "CODE", "Device sub-type code.", false, INT_MIN, INT_MAX, "0",
+         number<&U::subType>, setNumber<&U::subType>},
+        {"connect-type", "connectType", "N", "Link kind reported by the utility.", false, 0, 0xFF,
+         "0", number<&U::connectType>, setNumber<&U::connectType>},
+        {"tone-flag", "toneFlag", "N", "Keyboard link confirmed (1) or not (0).", false, INT_MIN,
+         INT_MAX, "1", number<&U::toneFlag>, setNumber<&U::toneFlag>},
+        {"tone-ver", "toneVersion", "TEXT", "Keyboard firmware version.", true, 0, 0, "",
+         text<&U::toneVersion>, setText<&U::toneVersion>},
+        {"local-ip", "localIp", "TEXT", "Local address setting.", true, 0, 0, "", text<&U::localIp>,
+         setText<&U::localIp>},
+        {"user-id", "userId", "TEXT", "Logged-in user, as H40B messages carry it.", true, 0, 0, "",
+         text<&U::userId>, setText<&U::userId>},
+    };
+    return options;
+}
+
+Outcome run(const Call& call) {
+    Models models = call.models;
+    Model_PommetParam::gOledLength = models.oledLength;
+    return collect(call.utility,
+                   [&](Targets& targets) { return call.op->run(targets, call.words, models); });
+}
+
+const Operation& operationFor(const QString& name, const QStringList& words) {
     const QVector<const Operation*> candidates = findOperations(name);
     if (candidates.isEmpty()) {
         const QStringList close = closestNames(name, 5);
@@ -90,68 +136,44 @@ QString runOperation(const QStringList& call, Targets& targets, Models& models) 
                                               : QStringLiteral("; did you mean: ") +
                                                     close.join(QStringLiteral(", "))));
     }
-    for (const Operation* op : candidates) {
-        if (op->argumentTypes.size() != arguments.size())
-            continue;
-        try {
-            return op->run(targets, arguments, models);
-        } catch (const ArgError& e) {
-            refuse(QStringLiteral("%1: %2").arg(op->name, QString::fromLatin1(e.what())),
-                   usageOf({op}));
-        }
-    }
-    refuse(QStringLiteral("%1 does not take %2 argument(s)").arg(name).arg(arguments.size()),
+    for (const Operation* op : candidates)
+        if (op->arguments.size() == words.size())
+            return *op;
+    refuse(QStringLiteral("%1 does not take %2 argument(s)").arg(name).arg(words.size()),
            usageOf(candidates));
 }
 
-} // namespace
-
-namespace {
-
-void setUp(const DeviceSetting& device) {
-    Utility_Manage::setDeviceType(device.deviceType);
-    Utility_Manage::setDeviceSubType(device.subType);
-    Utility_Manage::setConnectType(device.connectType);
-    Utility_Manage::setConnectToneFlag(device.toneFlag);
-    Utility_Manage::setToneProcVer(device.toneVersion);
-    Utility_Manage::setLocalIP(device.localIp);
-    DalTarsel::isConnected = true;
-    Dal_Pommet::isConnected = true;
-    drainQueue();
-    drainOsdQueue();
-}
-
-template <class Run>
-Outcome collect(Run run) {
-    DalTarsel tarsel;
-    Dal_Pommet pommet;
-    dal_Osd osd;
-    Targets targets{tarsel, pommet, osd};
-    Outcome outcome;
-    outcome.returned = run(targets);
-    outcome.records = drainQueue();
-    outcome.osdRecords = drainOsdQueue();
-    return outcome;
-}
-
-} // namespace
-
-Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models models) {
-    if (call.isEmpty())
-        refuse(QStringLiteral("no operation given"));
-    setUp(device);
-    return collect([&](Targets& targets) {
-        if (call.first() != QLatin1String("raw"))
-            return runOperation(call, targets, models);
-        runRaw(call, targets);
+Outcome runRaw(const QStringList& words, int timeout, const QString& text,
+               const UtilityValues& utility) {
+    const QString usage = QStringLiteral("usage: dalctl raw [--timeout MS] [--text TEXT] CMD "
+                                         "DAT1 DAT2 DAT3 DAT4 [HEX]");
+    if (words.size() != 5 && words.size() != 6)
+        refuse(QStringLiteral("raw takes 5 or 6 arguments, %1 given").arg(words.size()), usage);
+    int head[5];
+    QByteArray block;
+    try {
+        // One or two hex digits, as the printouts and the trace line show a byte.
+        for (int i = 0; i < 5; ++i) {
+            QString digits = words[i];
+            if (digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+                digits = digits.mid(2);
+            bool ok = digits.size() <= 2;
+            head[i] = ok ? digits.toInt(&ok, 16) : 0;
+            if (!ok || digits.startsWith(QLatin1Char('-')) || digits.startsWith(QLatin1Char('+')))
+                refuse(QStringLiteral("%1 is not one byte in hex (00 to ff)").arg(words[i]), usage);
+        }
+        if (words.size() == 6)
+            block = args::parseHex(words[5]);
+    } catch (const ArgError& e) {
+        refuse(QString::fromStdString(e.what()), usage);
+    }
+    return collect(utility, [&](Targets& targets) {
+        targets.tarsel.f_SendCmd(timeout, head[0], head[1], head[2], head[3], head[4],
+                                 words.size() == 6 ? reinterpret_cast<unsigned char*>(block.data())
+                                                   : nullptr,
+                                 block.size(), text);
         return QString();
     });
-}
-
-Outcome runOperation(const Operation& op, const QStringList& arguments, const DeviceSetting& device,
-                     Models models) {
-    setUp(device);
-    return collect([&](Targets& targets) { return op.run(targets, arguments, models); });
 }
 
 Quiet::Quiet()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "families.h"
 #include "model_osdparam.h"
 #include "model_protocoldata.h"
 #include "models.h"
@@ -8,7 +9,6 @@
 #include <QLoggingCategory>
 #include <QString>
 #include <QStringList>
-#include <QTextStream>
 #include <QVector>
 
 #include <stdexcept>
@@ -19,29 +19,61 @@ struct UsageError : std::runtime_error {
     QString usage; // the usage lines of the operation concerned, if any
 };
 
-// The device the stand-ins report while a request runs.
-struct DeviceSetting {
-    int deviceType = 0x700000;
+// What the library reads from the utility library at each call.
+struct UtilityValues {
+    int deviceType = family::native;
     int subType = 0;
     int connectType = 0;
     int toneFlag = 1;    // the keyboard link is confirmed
     QString toneVersion; // keyboard firmware; empty compares below "1.02"
     QString localIp;
+    QString userId;
 };
 
-// What one request left on the queues, and what the operation returned.
+// Each utility value but the device type, with the dalctl option that sets it: the options,
+// the values the engine varies and the options an answer replays all come from this table.
+struct UtilityOption {
+    const char* option;    // "user-id"
+    const char* name;      // "userId", as an answer names the value
+    const char* valueName; // "TEXT"
+    const char* help;
+    bool text; // a text, else an integer in [min, max]
+    long long min;
+    long long max;
+    const char* byDefault;
+    QString (*get)(const UtilityValues&);
+    void (*set)(UtilityValues&, const QString&);
+};
+const QVector<UtilityOption>& utilityOptions();
+
+// What one call left on the queues, and what the operation returned.
 struct Outcome {
     QVector<model_Protocoldata> records;
     QVector<model_OsdParam> osdRecords;
     QString returned;
+
+    bool empty() const { return records.isEmpty() && osdRecords.isEmpty(); }
 };
 
-// Runs `call` (an operation name and its arguments, or "raw" and its arguments) against the
-// library with the device set as given and the link up. Throws UsageError on bad input.
-Outcome runRequest(const QStringList& call, const DeviceSetting& device, Models models);
-// Runs one operation with its arguments (no name) the same way. Throws ArgError on bad input.
-Outcome runOperation(const Operation& op, const QStringList& arguments, const DeviceSetting& device,
-                     Models models);
+// One call of an operation: its words, the model records it reads and the utility's values.
+struct Call {
+    const Operation* op = nullptr;
+    QStringList words;
+    Models models;
+    UtilityValues utility;
+};
+
+// Runs the call against the library with the link up. Throws ArgError on a bad word.
+Outcome run(const Call& call);
+// Sets what the utility library reports, as a call does before it runs.
+void applyUtility(const UtilityValues& utility);
+// The operation `name` ("op" or "Class::op") that takes `words`; throws UsageError, with the
+// usage of the operations of that name, when there is none.
+const Operation& operationFor(const QString& name, const QStringList& words);
+// One native command through DalTarsel::f_SendCmd: CMD and DAT1..DAT4 as hex bytes, an
+// optional hex data block. Throws UsageError on bad input.
+Outcome runRaw(const QStringList& words, int timeout, const QString& text,
+               const UtilityValues& utility);
 
 // Keeps the library's trace and warnings off the log while it lives, as operations are run
 // for what they send rather than for the user to watch.
@@ -57,6 +89,3 @@ private:
     bool debug;
     bool warning;
 };
-
-// Prints the representative requests for every family.
-void printDemo(QTextStream& out);

@@ -1,37 +1,37 @@
 #include "sweep.h"
 
-#include "records.h"
 #include "registry.h"
-#include "samples.h"
 #include "session.h"
 
-bool printSweep(QTextStream& out, const QString& family) {
-    QStringList families = familyNames();
-    if (!family.isEmpty()) {
-        if (!families.contains(family, Qt::CaseInsensitive))
-            return false;
-        families = QStringList{family};
-    }
-    for (const QString& name : families) {
-        DeviceSetting device;
-        deviceTypeFromText(name, device.deviceType);
+void printSweep(QTextStream& out, const Family* only) {
+    const Models models = Models::defaults();
+    for (const Family& family : families()) {
+        if (only && &family != only)
+            continue;
         for (const Operation& op : operations()) {
-            const QStringList call = sampleCall(op);
-            out << "== " << name << ": " << call.join(QLatin1Char(' ')) << Qt::endl;
+            if (op.className != family.className)
+                continue;
+            Call call;
+            call.op = &op;
+            call.words = op.sampleWords();
+            call.models = models;
+            call.utility.deviceType = family.code;
+            out << "== " << family.name << ": " << op.qualifiedName() << ' '
+                << call.words.join(QLatin1Char(' ')) << Qt::endl;
             Outcome outcome;
             try {
-                outcome = runRequest(call, device, Models::defaults());
-            } catch (const UsageError& e) {
+                outcome = run(call);
+            } catch (const ArgError& e) {
                 out << "refused: " << e.what() << '\n';
                 continue;
             }
             if (!outcome.returned.isEmpty())
-                out << "returned: " << outcome.returned << '\n';
+                out << outcome.returned << '\n';
             for (int i = 0; i < outcome.records.size(); ++i)
                 out << recordText(outcome.records[i], i + 1);
             for (int i = 0; i < outcome.osdRecords.size(); ++i)
                 out << osdRecordText(outcome.osdRecords[i], i + 1);
         }
     }
-    return true;
+    out.flush();
 }

@@ -1,9 +1,12 @@
 #pragma once
 
-#include <QString>
+#include "records.h"
+
 #include <QTextStream>
 
-// Runs every operation with sample arguments on every device family (or on the one named)
-// and prints each request, its trace lines as they are written, and every record it queued.
-// Returns false when `family` names no family.
-bool printSweep(QTextStream& out, const QString& family);
+// Runs every operation with sample arguments on every device family of its class (or on the
+// one given) and prints each request, its trace lines as they are written, and every record it
+// queued.
+void printSweep(QTextStream& out, const Family* family);
+// Prints representative requests as every family of DalTarsel receives them.
+void printDemo(QTextStream& out);

@@ -1,0 +1,368 @@
+// Every operation the engine reads, on every family, called with seeded random values of every
+// kind; each record it queues, fed back in every form decode takes, must come back proven, with
+// the operation that sent it and every value it carries.
+#include "decode.h"
+#include "engine.h"
+#include "explain.h"
+#include "json_members.h"
+#include "pacing.h"
+#include "records.h"
+#include "testsupport.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QRandomGenerator>
+#include <QtTest>
+
+namespace {
+
+// Seeded random values of each kind an operation reads.
+class Random {
+public:
+    explicit Random(quint32 seed) : gen(seed) {}
+
+    // Wild values first; an operation that refuses them is called with tamer ones.
+    QString integer(int tameness) {
+        const qint64 wild[] = {0,
+                               -1,
+                               -gen.bounded(1, 100000),
+                               gen.bounded(256),
+                               gen.bounded(65536),
+                               qint64(gen.generate()) - (1LL << 31)};
+        const qint64 tame[] = {0, 1, 2, 3, gen.bounded(4)};
+        return QString::number(tameness == 0 ? wild[gen.bounded(int(std::size(wild)))]
+                                             : tame[gen.bounded(int(std::size(tame)))]);
+    }
+    QString decimal() { return QString::number(gen.bounded(1, 30000) / 100.0); }
+    QString text() {
+        static const QString letters = QStringLiteral("aZq7é✓ü.-");
+        QString t;
+        for (int n = gen.bounded(1, 9); n > 0; --n)
+            t += letters[gen.bounded(int(letters.size()))];
+        return t;
+    }
+    QString bytes() {
+        QByteArray b;
+        for (int n = gen.bounded(1, 11); n > 0; --n)
+            b += char(gen.bounded(256));
+        return QString::fromLatin1(b.toHex());
+    }
+    QString numbers(QChar separator, int tameness) {
+        QStringList n;
+        for (int count = gen.bounded(1, 6); count > 0; --count)
+            n << (separator == QLatin1Char('-') ? QString::number(gen.bounded(tameness ? 4 : 256))
+                                                : integer(tameness));
+        return n.join(separator);
+    }
+    QString json(const Operation& op) {
+        QJsonObject object;
+        for (const dal::json::Member& m : dal::json::membersOf(op.name))
+            if (gen.bounded(2))
+                object.insert(QLatin1String(m.name), m.kind == dal::json::Kind::Text
+                                                         ? QJsonValue(text())
+                                                         : QJsonValue(gen.bounded(256)));
+        return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    }
+    // The built-in models with a few values of the records the operation reads changed.
+    Models models(const Operation& op) {
+        Models m = Models::defaults();
+        for (const QString& record : op.modelRecords())
+            for (int changes = gen.bounded(1, 6); changes > 0; --changes) {
+                QString path = record;
+                for (QStringList below; !(below = members::children(m, path)).isEmpty();)
+                    path = below[gen.bounded(int(below.size()))];
+                const members::Leaf leaf = members::at(m, path);
+                members::set(m, path,
+                             leaf.node == members::Node::Text
+                                 ? text()
+                                 : QString::number(
+                                       gen.bounded(leaf.max > 0 && leaf.max < 256 ? 256 : 4000)));
+            }
+        return m;
+    }
+    UtilityValues utility(const Family& family) {
+        UtilityValues u;
+        u.deviceType = family.codes[gen.bounded(int(family.codes.size()))];
+        u.subType = gen.bounded(2) ? 0x2C0103 : int(gen.bounded(100));
+        u.connectType = gen.bounded(256);
+        u.toneVersion = gen.bounded(2) ? QStringLiteral("1.01") : QStringLiteral("2.5");
+        u.localIp = gen.bounded(2) ? QStringLiteral("Default") : text();
+        u.userId = text();
+        return u;
+    }
+    Call call(const Operation& op, const Family& family, int tameness) {
+        Call c{&op, {}, models(op), utility(family)};
+        for (const Parameter& p : op.arguments) {
+            switch (p.kind) {
+            case args::Kind::Boolean:
+                c.words << (gen.bounded(2) ? QStringLiteral("true") : QStringLiteral("false"));
+                break;
+            case args::Kind::Decimal:
+                c.words << decimal();
+                break;
+            case args::Kind::Text:
+                c.words << text();
+                break;
+            case args::Kind::Bytes:
+                c.words << bytes();
+                break;
+            case args::Kind::Numbers:
+            case args::Kind::DashNumbers:
+                c.words << numbers(
+                    p.kind == args::Kind::Numbers ? QLatin1Char(',') : QLatin1Char('-'), tameness);
+                break;
+            case args::Kind::Json:
+                c.words << json(op);
+                break;
+            default:
+                c.words << integer(tameness);
+            }
+        }
+        return c;
+    }
+
+private:
+    QRandomGenerator gen;
+};
+
+// What the input says of record k of a call, or nothing when the call queues no such record.
+QVector<engine::Part> recordOf(const Call& call, int k, const engine::Target& target) {
+    try {
+        const Outcome o = run(call);
+        if (!target.osd && k < o.records.size())
+            return engine::partsOf(o.records[k], target);
+        if (target.osd && k < o.osdRecords.size())
+            return engine::partsOf(o.osdRecords[k], target);
+    } catch (const ArgError&) {
+    }
+    return {};
+}
+
+// Whether the answer's call gives the record exactly as the given call does (so that its values
+// are as good as the given ones: the record cannot tell them apart), and whether the answer
+// names each argument either with its value or as not carried.
+bool sameValues(const engine::Answer& a, const Call& given, int k, const engine::Target& target) {
+    if (recordOf(a.call, k, target) != recordOf(given, k, target))
+        return false;
+    for (const Parameter& p : given.op->arguments) {
+        const QString named = p.name + QLatin1String(" = ");
+        const QString element = p.name + QLatin1Char('[');
+        if (!a.notCarried.contains(p.name) &&
+            std::none_of(a.values.begin(), a.values.end(), [&](const QString& v) {
+                return v.startsWith(named) || v.startsWith(element) ||
+                       v.startsWith(p.name + QLatin1Char('.')) ||
+                       v.startsWith(QLatin1String("length of ") + p.name);
+            }))
+            return false;
+    }
+    return true;
+}
+
+// The call an answer's JSON says to run: its device, options, model file and arguments, as
+// dalctl would read them.
+Call replayed(const QJsonObject& answer) {
+    Call c;
+    QStringList words;
+    for (const QJsonValue& w : answer.value(QLatin1String("arguments")).toArray())
+        words << w.toString();
+    c.op = &operationFor(answer.value(QLatin1String("operation")).toString(), words);
+    c.words = words;
+    c.models = Models::defaults();
+    if (answer.contains(QLatin1String("model")))
+        c.models.apply(QJsonDocument(answer.value(QLatin1String("model")).toObject()).toJson());
+    const QString device = answer.value(QLatin1String("device")).toString();
+    c.utility.deviceType = device.startsWith(QLatin1String("0x")) ? device.mid(2).toInt(nullptr, 16)
+                                                                  : familyOf(device)->code;
+    const QJsonArray options = answer.value(QLatin1String("options")).toArray();
+    for (int i = 0; i + 1 < options.size(); i += 2)
+        for (const UtilityOption& o : utilityOptions())
+            if (options[i].toString() == QStringLiteral("--") + QLatin1String(o.option))
+                o.set(c.utility, options[i + 1].toString());
+    return c;
+}
+
+// Whether one of the answers is the call's record k with every value the call gave.
+bool found(const Decoded& d, const Call& call, int index, const engine::Target& target,
+           QString& seen) {
+    for (const Answer& answer : d.answers)
+        for (const Reading& r : answer.readings)
+            for (const engine::Answer& a : r.result.answers) {
+                seen += a.text() + QLatin1Char('\n');
+                if (a.call.op == call.op && a.record == index + 1 &&
+                    sameValues(a, call, index, target) &&
+                    recordOf(replayed(a.json()), index, target) == recordOf(call, index, target))
+                    return true;
+            }
+    return false;
+}
+
+Call sampleCall(const Operation& op, const Family& family) {
+    Call c{&op, op.sampleWords(), Models::defaults(), UtilityValues()};
+    c.utility.deviceType = family.code;
+    return c;
+}
+
+struct Input {
+    QString name;
+    QByteArray input;
+    const Family* device;
+    engine::Target target; // what the input says of the record
+};
+
+// The record in every form decode takes.
+QVector<Input> formsOf(const Outcome& outcome, int k, const Family& family,
+                       const QStringList& traced) {
+    if (k >= outcome.records.size()) {
+        const model_OsdParam& rec = outcome.osdRecords[k - outcome.records.size()];
+        const QByteArray frame =
+            QByteArray(reinterpret_cast<const char*>(rec.frameHead), 11) + rec.payload;
+        return {{"printed", osdRecordText(rec, 1).toUtf8(), nullptr, engine::wholeRecord(rec)},
+                {"json", QJsonDocument(osdRecordJson(rec)).toJson(QJsonDocument::Compact), nullptr,
+                 engine::wholeRecord(rec)},
+                {"frame", frame.toHex(), nullptr, engine::osdFrame(frame)}};
+    }
+    const model_Protocoldata& rec = outcome.records[k];
+    const Family* own = familyOfCode(rec.deviceType);
+    const QByteArray head(reinterpret_cast<const char*>(rec.cmdHead), 8);
+    QVector<Input> forms{
+        {"printed", recordText(rec, 1).toUtf8(), nullptr, engine::wholeRecord(rec)},
+        {"json", QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact), nullptr,
+         engine::wholeRecord(rec)},
+        {"8-byte head", (head + rec.arryDatablock).toHex(), own,
+         engine::headAndBlock(head, rec.arryDatablock)}};
+    if (own && own->form == Form::Text && !rec.Datablock.isEmpty())
+        forms << Input{"text", rec.Datablock.toUtf8(), own, engine::textAlone(rec.Datablock)};
+    else
+        forms << Input{"5-byte head", (head.mid(2, 5) + rec.arryDatablock).toHex(), own,
+                       engine::headAndBlock(head.mid(2, 5), rec.arryDatablock)};
+    if (k < traced.size() && &family == own)
+        forms << Input{"trace", traced[k].toUtf8(), own,
+                       engine::traceLine(head.mid(2, 5), rec.arryDatablock, rec.Datablock)};
+    return forms;
+}
+
+} // namespace
+
+class tst_proof : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() {
+        dal::pacing::set(std::chrono::milliseconds(0), std::chrono::milliseconds(0));
+    }
+    void roundTrip_data();
+    void roundTrip();
+    void changedMemberComesBack_data();
+    void changedMemberComesBack();
+};
+
+void tst_proof::roundTrip_data() {
+    QTest::addColumn<QString>("family");
+    for (const Family& f : families())
+        QTest::newRow(qPrintable(f.name)) << f.name;
+}
+
+void tst_proof::roundTrip() {
+    QFETCH(QString, family);
+    const Family& f = *familyOf(family);
+    int checked = 0;
+    QStringList missed;
+    for (const Operation& op : operations()) {
+        if (op.className != f.className || !engine::explainable(op) ||
+            (qEnvironmentVariableIsSet("PROOF_OP") && op.name != qEnvironmentVariable("PROOF_OP")))
+            continue;
+        Random random(quint32(qHash(family + op.usage())));
+        Call call;
+        Outcome outcome;
+        QStringList traced;
+        for (int attempt = 0; attempt < 6 && outcome.empty(); ++attempt) {
+            call = attempt < 5 ? random.call(op, f, attempt > 2) : sampleCall(op, f);
+            MessageCapture capture;
+            try {
+                outcome = run(call);
+            } catch (const ArgError&) {
+                continue;
+            }
+            traced = capture.debug().filter(QStringLiteral("---addToQueue----CMD="));
+        }
+        for (int k = 0; k < outcome.records.size() + outcome.osdRecords.size(); ++k)
+            for (const Input& form : formsOf(outcome, k, f, traced)) {
+                const Decoded d = decodeInput(form.input, form.device);
+                QString seen = d.error;
+                const int index = k < outcome.records.size() ? k : k - int(outcome.records.size());
+                if (!found(d, call, index, form.target, seen))
+                    missed << QStringLiteral("%1 %2 [%3] as %4:\n%5\n%6")
+                                  .arg(op.name, call.words.join(' '))
+                                  .arg(index + 1)
+                                  .arg(form.name, QString::fromUtf8(form.input.left(300)), seen);
+                ++checked;
+            }
+    }
+    qInfo("%d records checked, %d missed", checked, int(missed.size()));
+    if (qEnvironmentVariableIsSet("PROOF_SUMMARY"))
+        for (const QString& m : missed)
+            fprintf(stderr, "MISSED %s\n", qPrintable(m.section(QLatin1Char(':'), 0, 0)));
+    QVERIFY2(missed.isEmpty(), qPrintable(missed.mid(0, 8).join(QStringLiteral("\n\n"))));
+}
+
+// A record whose block a model member fills, one byte of that member changed and the checksum
+// made good: decoded, the member comes back changed by that byte's weight.
+void tst_proof::changedMemberComesBack_data() {
+    QTest::addColumn<QString>("call");
+    QTest::addColumn<int>("member"); // which of the block's members to change
+    QTest::newRow("scene, first member") << "setSceneDate 1" << 0;
+    QTest::newRow("scene, a later layer") << "setSceneDate 2" << 20;
+    QTest::newRow("layer") << "setLayerDate 1 2" << 3;
+    QTest::newRow("user setting, 32 bits") << "setUserSetting" << 2;
+}
+
+void tst_proof::changedMemberComesBack() {
+    QFETCH(QString, call);
+    QFETCH(int, member);
+    QStringList words = call.split(QLatin1Char(' '));
+    const Operation& op = operationFor(words.takeFirst(), words);
+    const Outcome sent = run(Call{&op, words, Models::defaults(), UtilityValues()});
+    QVERIFY(!sent.records.isEmpty());
+    const model_Protocoldata& rec = sent.records.first();
+    const QByteArray head = headOf(rec);
+    auto answerOf = [&](const QByteArray& block) -> std::optional<engine::Answer> {
+        for (const engine::Answer& a :
+             engine::prove(engine::headAndBlock(head, block), {familyOf(QStringLiteral("native"))})
+                 .answers)
+            if (a.call.op == &op)
+                return a;
+        return std::nullopt;
+    };
+    const auto before = answerOf(rec.arryDatablock);
+    QVERIFY(before);
+    QVector<engine::ByteName> members, checksums;
+    for (const engine::ByteName& b : before->bytes)
+        (b.what == QLatin1String("checksum") ? checksums : members) << b;
+    members.erase(std::remove_if(members.begin(), members.end(),
+                                 [](const engine::ByteName& b) {
+                                     return b.part != QLatin1String("block") ||
+                                            !b.what.contains(QLatin1Char('.'));
+                                 }),
+                  members.end());
+    QVERIFY2(member < members.size() && checksums.size() == 1, qPrintable(call));
+    const engine::ByteName& named = members[member];
+
+    // The member's first byte one up (or down, from 0xFF), the checksum with it.
+    const int step = quint8(rec.arryDatablock[named.from]) == 0xFF ? -1 : 1;
+    QByteArray changed = rec.arryDatablock;
+    changed[named.from] = char(changed[named.from] + step);
+    changed[checksums.first().from] = char(changed[checksums.first().from] + step);
+    const auto after = answerOf(changed);
+    QVERIFY2(after, qPrintable(named.what));
+    QVERIFY(before->values.contains(named.what + QStringLiteral(" = ") + named.value));
+    // Its first byte is its low byte, or its high byte where it is sent big-endian.
+    const QString prefix = named.what + QStringLiteral(" = ");
+    const auto found = std::find_if(after->values.begin(), after->values.end(),
+                                    [&](const QString& v) { return v.startsWith(prefix); });
+    QVERIFY2(found != after->values.end(), qPrintable(after->values.join(QStringLiteral("; "))));
+    const long long moved = found->mid(prefix.size()).toLongLong() - named.value.toLongLong();
+    QVERIFY2(moved == step || moved == 256 * step,
+             qPrintable(*found + QStringLiteral(", was ") + named.value));
+}
+
+QTEST_GUILESS_MAIN(tst_proof)
+#include "tst_proof.moc"

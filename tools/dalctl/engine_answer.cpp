@@ -1,0 +1,535 @@
+// Proven answers: the operations that queue a target, with the values they carry, what
+// produced each byte, and what came closest when none does.
+#include "engine_detail.h"
+
+#include <QJsonArray>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace engine {
+
+namespace {
+
+using namespace detail;
+
+// A record's head and block (or an OSD record's header and payload), whose bytes are named.
+Target namedParts(bool osd) {
+    Target t;
+    t.osd = osd;
+    t.parts << Part{QLatin1String(osd ? "header" : "head"), true, QString()}
+            << Part{QLatin1String(osd ? "payload" : "block"), true, QString()};
+    return t;
+}
+
+QVector<Part> recordParts(const Run& run, const Target& shape, int k) {
+    return run.ok && run.count(shape.osd) > k ? run.parts(shape.osd, k, shape) : QVector<Part>();
+}
+
+// The value dalctl gives a model member or utility value that no option or --model sets.
+QString defaultOf(const Variable& v) {
+    static const Models defaults = Models::defaults();
+    if (v.where == Variable::Model)
+        return members::get(defaults, v.path);
+    for (const UtilityOption& o : utilityOptions())
+        if (v.where == Variable::Utility && v.path == QLatin1String(o.option))
+            return QLatin1String(o.byDefault);
+    return QString();
+}
+
+// Whether changing the value changes the record (a value the operation refuses says nothing).
+// A model member or utility value whose default would change it is carried too: a replay must
+// set it.
+bool carried(const Call& call, const Variable& v, const Target& target, int k,
+             const QVector<Part>& now) {
+    QStringList probes = probesOf(call, v);
+    if (v.where == Variable::Model || v.where == Variable::Utility)
+        probes << defaultOf(v);
+    for (const QString& probe : probes) {
+        Call changed = call;
+        if (probe == valueOf(call, v) || !assign(changed, v, probe))
+            continue;
+        const QVector<Part> parts = recordParts(runCall(changed), target, k);
+        if (!parts.isEmpty() && parts != now)
+            return true;
+    }
+    return false;
+}
+
+// The value the record carries only the low bits of: "low byte", "low 16 bits", or empty.
+QString lowBits(const Call& call, const Variable& v, const Target& target, int k,
+                const QVector<Part>& now) {
+    // A text or bytes that may grow without the record changing: cut or padded.
+    if (v.kind == args::Kind::Text || v.kind == args::Kind::Bytes) {
+        Call changed = call;
+        const QString more =
+            valueOf(call, v) + QLatin1String(v.kind == args::Kind::Text ? "Zq" : "00");
+        return assign(changed, v, more) && recordParts(runCall(changed), target, k) == now
+                   ? QStringLiteral("no more than the record holds")
+                   : QString();
+    }
+    if (v.kind != args::Kind::Integer && v.kind != args::Kind::Decimal)
+        return QString();
+    const double x = valueOf(call, v).toDouble();
+    for (int bits : {8, 16}) {
+        const double other = x + double(1LL << bits);
+        if (v.max > v.min && (other > double(v.max) || v.max < (1LL << bits)))
+            return QString();
+        Call changed = call;
+        const QString word = v.kind == args::Kind::Integer ? QString::number(qint64(other))
+                                                           : QString::number(other, 'f', 6);
+        if (assign(changed, v, word) && recordParts(runCall(changed), target, k) == now)
+            return QLatin1String(v.kind == args::Kind::Decimal ? "its whole part's " : "") +
+                   QLatin1String(bits == 8 ? "low byte" : "low 16 bits");
+    }
+    return QString();
+}
+
+unsigned char byteAt(const QString& part, int at) {
+    return static_cast<unsigned char>(part[at].unicode());
+}
+
+// The number a head piece's bytes hold that a length would: little-endian, big-endian, or the
+// byte alone as a low or high byte.
+bool holdsLength(const QString& bytes, const Piece& piece, int length) {
+    unsigned little = 0, big = 0;
+    for (int at = piece.from; at < piece.to; ++at) {
+        little |= unsigned(byteAt(bytes, at)) << (8 * (at - piece.from));
+        big = big << 8 | byteAt(bytes, at);
+    }
+    return int(little) == length || int(big) == length ||
+           (piece.to - piece.from == 1 && (byteAt(bytes, piece.from) == (length & 0xFF) ||
+                                           byteAt(bytes, piece.from) == ((length >> 8) & 0xFF)));
+}
+
+// Whether a head piece is the block's length: it holds it, and each change of a value that
+// gives the block another length gives the piece that length too.
+bool isLength(const Call& call, const QVector<Variable>& variables, int k, bool osd,
+              const PartShape& head, const Piece& piece, const QString& block) {
+    if (!holdsLength(head.part.value, piece, int(block.size())))
+        return false;
+    const Target parts = namedParts(osd);
+    bool moved = false;
+    for (int owner : piece.owners)
+        for (const QString& probe : probesOf(call, variables[owner])) {
+            Call changed = call;
+            if (!assign(changed, variables[owner], probe))
+                continue;
+            const QVector<Part> now = recordParts(runCall(changed), parts, k);
+            if (now.size() < 2 || now[1].value.size() == block.size())
+                continue;
+            if (now[0].value.size() != head.part.value.size() ||
+                !holdsLength(now[0].value, piece, int(now[1].value.size())))
+                return false;
+            moved = true;
+        }
+    return moved;
+}
+
+// What made the bytes of one piece: a constant, the block's length, a checksum, or values. A
+// model member is what made them even where an argument chose which member is read.
+QString madeOf(const PartShape& ps, const Piece& piece, bool length,
+               const QVector<Variable>& variables, const QStringList& names) {
+    if (piece.owners.isEmpty())
+        return QStringLiteral("constant");
+    const QString& bytes = ps.part.value;
+    if (piece.to - piece.from == 1 && piece.from > 0) {
+        unsigned sum = 0;
+        for (int at = 0; at < piece.from; ++at)
+            sum += byteAt(bytes, at);
+        if ((sum & 0xFF) == byteAt(bytes, piece.from) && piece.owners.size() > 1)
+            return QStringLiteral("checksum");
+    }
+    if (length)
+        return QStringLiteral("length");
+    QStringList owners, members;
+    for (int owner : piece.owners) {
+        owners << names.value(owner);
+        if (owner >= 0 && variables[owner].where == Variable::Model)
+            members << names.value(owner);
+    }
+    return (members.size() == 1 ? members : owners).join(QStringLiteral(", "));
+}
+
+// A piece that runs to a block's end whose last byte is the sum of the bytes before it: the
+// checksum is a piece of its own.
+QVector<Piece> withChecksumApart(const PartShape& ps) {
+    QVector<Piece> pieces;
+    const QString& bytes = ps.part.value;
+    for (const Piece& piece : ps.pieces) {
+        unsigned sum = 0;
+        for (int at = 0; at + 1 < piece.to; ++at)
+            sum += byteAt(bytes, at);
+        if (!piece.owners.isEmpty() && piece.to == bytes.size() && piece.to - piece.from > 1 &&
+            (sum & 0xFF) == byteAt(bytes, piece.to - 1)) {
+            pieces << Piece{piece.from, piece.to - 1, piece.owners, piece.resizes}
+                   << Piece{piece.to - 1, piece.to, piece.owners + QVector<int>{-1}, false};
+        } else {
+            pieces << piece;
+        }
+    }
+    return pieces;
+}
+
+QVector<ByteName> nameBytes(const Call& call, const QVector<Variable>& variables, int k, bool osd,
+                            const QStringList& names, const QStringList& values) {
+    QVector<ByteName> named;
+    const Target parts = namedParts(osd);
+    const Shape shape = shapeOf(call, variables, k, parts);
+    if (shape.parts.size() < 2)
+        return named;
+    const QString block = shape.parts[1].part.value;
+    for (const PartShape& ps : shape.parts)
+        for (const Piece& piece : withChecksumApart(ps)) {
+            if (piece.from == piece.to)
+                continue;
+            const bool length =
+                &ps == &shape.parts.first() && isLength(call, variables, k, osd, ps, piece, block);
+            const QString what = madeOf(ps, piece, length, variables, names);
+            const bool constant = what == QLatin1String("constant");
+            const int owner = int(names.indexOf(what));
+            const QString value =
+                constant ? QString::fromLatin1(ps.part.value.mid(piece.from, piece.to - piece.from)
+                                                   .toLatin1()
+                                                   .toHex(' '))
+                         : values.value(owner);
+            // Runs side by side that the same made are one.
+            const bool joins = !named.isEmpty() && named.last().part == ps.part.name &&
+                               named.last().what == what && named.last().to + 1 == piece.from;
+            if (joins) {
+                named.last().to = piece.to - 1;
+                if (constant)
+                    named.last().value += QLatin1Char(' ') + value;
+            } else {
+                named << ByteName{ps.part.name, piece.from, piece.to - 1, what, value};
+            }
+        }
+    return named;
+}
+
+// An integer the record carries only the low bits of is given as the smallest number with
+// those bits, so that the answer reads as what was most likely meant.
+void simplify(Call& call, const Target& target, int k, const QVector<Part>& now) {
+    for (const Variable& v : variablesOf(call)) {
+        if (v.kind != args::Kind::Integer)
+            continue;
+        const long long x = valueOf(call, v).toLongLong();
+        const long long signedByte = static_cast<signed char>(x & 0xFF);
+        const long long signedWord = static_cast<short>(x & 0xFFFF);
+        for (long long smaller : {x < 0 ? signedByte : x & 0xFF, x < 0 ? signedWord : x & 0xFFFF}) {
+            Call c = call;
+            if (std::abs(smaller) < std::abs(x) && assign(c, v, QString::number(smaller)) &&
+                recordParts(runCall(c), target, k) == now) {
+                call = c;
+                break;
+            }
+        }
+    }
+}
+
+Answer answerOf(const Call& call, const Family& family, int k, const Target& target) {
+    Answer a;
+    a.family = &family;
+    a.call = call;
+    a.record = k + 1;
+    const Run run = runCall(a.call);
+    a.records = run.count(target.osd);
+    const QVector<Part> now = recordParts(run, target, k);
+    const Operation& op = *a.call.op;
+    simplify(a.call, target, k, now);
+    QVector<Variable> carriedValues;
+    QVector<bool> argumentCarried(op.arguments.size(), false);
+    // The model members are found again at the values found: another index reads another entry.
+    QVector<Variable> all = variablesOf(a.call);
+    if (!op.modelRecords().isEmpty())
+        all += modelMembers(a.call, target);
+    for (const Variable& v : all) {
+        // Elements past a list's end are not values of the answer: they read as zeros.
+        if (pastTheEnd(a.call, v))
+            continue;
+        if (!carried(a.call, v, target, k, now))
+            continue;
+        carriedValues << v;
+        if (v.argument >= 0)
+            argumentCarried[v.argument] = true;
+        const QString low = lowBits(a.call, v, target, k, now);
+        a.values << v.name(op) + QStringLiteral(" = ") + valueOf(a.call, v);
+        if (!low.isEmpty())
+            a.lowBytes << v.name(op) + QStringLiteral(" (") + low + QLatin1Char(')');
+        if (v.where == Variable::Model)
+            a.modelPaths << v.path;
+        if (v.where == Variable::Utility)
+            a.utilityRead << v.path;
+    }
+    for (int i = 0; i < op.arguments.size(); ++i)
+        if (!argumentCarried[i])
+            a.notCarried << op.arguments[i].name;
+    QStringList names, values;
+    for (const Variable& v : carriedValues) {
+        names << v.name(op);
+        values << valueOf(a.call, v);
+    }
+    a.bytes = nameBytes(a.call, carriedValues, k, target.osd, names, values);
+    return a;
+}
+
+// Where the closest record differs from the target.
+QString differenceOf(const Run& run, const Target& target, int k) {
+    if (!run.ok || run.count(target.osd) <= k)
+        return QStringLiteral("which queues no such record");
+    const QVector<Part> got = run.parts(target.osd, k, target);
+    for (int p = 0; p < target.parts.size(); ++p) {
+        const Part& want = target.parts[p];
+        const QString& have = got[p].value;
+        if (have == want.value)
+            continue;
+        const QString unit = want.binary ? QStringLiteral("bytes") : QStringLiteral("characters");
+        if (have.isEmpty())
+            return QStringLiteral("which sends no %1; %2 more %3 here")
+                .arg(want.name)
+                .arg(want.value.size())
+                .arg(unit);
+        if (want.value.startsWith(have))
+            return QStringLiteral("whose %1 ends sooner; %2 more %3 here")
+                .arg(want.name)
+                .arg(want.value.size() - have.size())
+                .arg(unit);
+        if (have.startsWith(want.value))
+            return QStringLiteral("whose %1 goes on; %2 %3 fewer here")
+                .arg(want.name)
+                .arg(have.size() - want.value.size())
+                .arg(unit);
+        int at = 0;
+        while (at < have.size() && at < want.value.size() && have[at] == want.value[at])
+            ++at;
+        if (want.binary)
+            return QStringLiteral("%1 byte %2 is %3 here, %4 sent")
+                .arg(want.name)
+                .arg(at)
+                .arg(QString::number(byteAt(want.value, std::min(at, int(want.value.size()) - 1)),
+                                     16))
+                .arg(at < have.size() ? QString::number(byteAt(have, at), 16)
+                                      : QStringLiteral("none"));
+        return QStringLiteral("%1 differs from character %2: \"%3\" here, \"%4\" sent")
+            .arg(want.name)
+            .arg(at)
+            .arg(want.value.mid(at, 12), have.mid(at, 12));
+    }
+    return QString();
+}
+
+// The device type of the record a call queues.
+int recordTag(const Call& call, int k) {
+    const Run r = runCall(call);
+    return r.ok && r.outcome.records.size() > k ? r.outcome.records[k].deviceType : 0;
+}
+
+// A word as an answer shows it: quoted and escaped where it could read as more than one.
+QString shownWord(const QString& word) {
+    static const QRegularExpression plain(
+        QStringLiteral("\\A[^\\s\\x00-\\x1f\\x7f\"\\\\,()=;]+\\z"));
+    return plain.match(word).hasMatch() ? word : quote(word);
+}
+
+// A word as bash reads it back: as it is, between single quotes, or as $'...' with escapes
+// where it holds control characters.
+QString shellWord(const QString& word) {
+    static const QRegularExpression plain(QStringLiteral("\\A[A-Za-z0-9_@%+=:,./-]+\\z"));
+    if (plain.match(word).hasMatch())
+        return word;
+    if (std::none_of(word.begin(), word.end(),
+                     [](QChar c) { return c.unicode() < 0x20 || c.unicode() == 0x7f; })) {
+        QString quoted = word;
+        return QLatin1Char('\'') + quoted.replace(QLatin1Char('\''), QStringLiteral("'\\''")) +
+               QLatin1Char('\'');
+    }
+    QString escaped = QStringLiteral("$'");
+    for (const QChar c : word) {
+        if (c == QLatin1Char('\\') || c == QLatin1Char('\''))
+            escaped += QLatin1Char('\\') + QString(c);
+        else if (c.unicode() < 0x20 || c.unicode() == 0x7f)
+            escaped += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
+        else
+            escaped += c;
+    }
+    return escaped + QLatin1Char('\'');
+}
+
+bool sameAnswer(const Answer& a, const Answer& b) {
+    return a.call.op == b.call.op && a.family == b.family && a.record == b.record &&
+           a.values == b.values;
+}
+
+} // namespace
+
+// ---- answers
+// -------------------------------------------------------------------------------------
+
+QStringList Answer::options() const {
+    QStringList words;
+    for (const UtilityOption& o : utilityOptions())
+        // The options dalctl sets by itself need not be given.
+        if (utilityRead.contains(QLatin1String(o.option)) &&
+            o.get(call.utility) != QLatin1String(o.byDefault))
+            words << QStringLiteral("--") + QLatin1String(o.option) << o.get(call.utility);
+    return words;
+}
+
+QJsonObject Answer::model() const {
+    // What the built-in models hold already need not be given.
+    static const Models defaults = Models::defaults();
+    QStringList changed;
+    for (const QString& path : modelPaths)
+        if (members::get(call.models, path) != members::get(defaults, path))
+            changed << path;
+    return members::json(call.models, changed);
+}
+
+QString Answer::text() const {
+    const Operation& op = *call.op;
+    QStringList shown;
+    for (int i = 0; i < op.arguments.size(); ++i)
+        if (!notCarried.contains(op.arguments[i].name))
+            shown << op.arguments[i].name + QLatin1Char('=') + shownWord(call.words[i]);
+    // Then the model members and the utility's values the record carries.
+    for (const QString& path : modelPaths)
+        shown << Variable{Variable::Model, -1, -1, path}.name(op) + QLatin1Char('=') +
+                     shownWord(members::get(call.models, path));
+    for (const UtilityOption& o : utilityOptions())
+        if (utilityRead.contains(QLatin1String(o.option)))
+            shown << QLatin1String(o.name) + QLatin1Char('=') + shownWord(o.get(call.utility));
+    QString text = (op.className == QLatin1String("DalTarsel") ? op.name : op.qualifiedName()) +
+                   QLatin1Char('(') + shown.join(QStringLiteral(", ")) + QLatin1Char(')');
+    if (records > 1)
+        text += QStringLiteral(" record %1/%2").arg(record).arg(records);
+    if (!notCarried.isEmpty())
+        text += QStringLiteral("; not carried: ") + notCarried.join(QStringLiteral(", "));
+    if (!lowBytes.isEmpty())
+        text += QStringLiteral("; carried in part: ") + lowBytes.join(QStringLiteral(", "));
+    return text;
+}
+
+QString Answer::device() const {
+    // The keyboard's class sends its probes to other families: it is run as the keyboard.
+    if (call.op->className != family->className)
+        for (const Family& f : families())
+            if (f.className == call.op->className)
+                return f.name;
+    const int code = call.utility.deviceType;
+    return code == family->code || call.op->className != QLatin1String("DalTarsel")
+               ? family->name
+               : deviceCodeText(code);
+}
+
+QString Answer::replay() const {
+    QStringList words{QStringLiteral("dalctl"), QStringLiteral("--device"), device()};
+    for (const QString& word : options())
+        words << shellWord(word);
+    if (!model().isEmpty())
+        words << QStringLiteral("--model") << QStringLiteral("FILE");
+    words << call.op->qualifiedName();
+    for (const QString& word : call.words)
+        words << shellWord(word);
+    return words.join(QLatin1Char(' '));
+}
+
+QJsonObject Answer::json() const {
+    QJsonArray named;
+    for (const ByteName& b : bytes)
+        named << QJsonObject{{QStringLiteral("part"), b.part},
+                             {QStringLiteral("from"), b.from},
+                             {QStringLiteral("to"), b.to},
+                             {QStringLiteral("what"), b.what},
+                             {QStringLiteral("value"), b.value}};
+    QJsonObject json{{QStringLiteral("device"), device()},
+                     {QStringLiteral("deviceType"), deviceCodeText(call.utility.deviceType)},
+                     {QStringLiteral("operation"), call.op->qualifiedName()},
+                     {QStringLiteral("record"), record},
+                     {QStringLiteral("records"), records},
+                     {QStringLiteral("options"), QJsonArray::fromStringList(options())},
+                     {QStringLiteral("arguments"), QJsonArray::fromStringList(call.words)},
+                     {QStringLiteral("values"), QJsonArray::fromStringList(values)},
+                     {QStringLiteral("notCarried"), QJsonArray::fromStringList(notCarried)},
+                     {QStringLiteral("lowBytes"), QJsonArray::fromStringList(lowBytes)},
+                     {QStringLiteral("bytes"), named}};
+    if (!model().isEmpty())
+        json.insert(QStringLiteral("model"), model());
+    return json;
+}
+
+namespace {
+
+Result proveAnew(const Target& target, const QVector<const Family*>& families) {
+    Result result;
+    long long closest = -1;
+    const Quiet quiet;
+    for (const Family* family : families)
+        for (const Candidate& c : candidatesFor(target, *family)) {
+            Solver solver(c.start, target, c.record);
+            if (solver.solve() &&
+                (target.osd || sentTo(recordTag(solver.result(), c.record), *family))) {
+                const Answer a = answerOf(solver.result(), *family, c.record, target);
+                if (std::none_of(result.answers.begin(), result.answers.end(),
+                                 [&](const Answer& b) { return sameAnswer(a, b); }))
+                    result.answers << a;
+                continue;
+            }
+            const long long d = solver.distanceNow();
+            if (closest < 0 || d < closest) {
+                closest = d;
+                result.closest = Closest{c.op->qualifiedName(), family->name,
+                                         differenceOf(runCall(solver.result()), target, c.record)};
+            }
+        }
+    if (!result.answers.isEmpty())
+        result.closest.reset();
+    return result;
+}
+
+} // namespace
+
+Result prove(const Target& target, const QVector<const Family*>& families) {
+    // The same record read again (a log repeats itself, a printout and its JSON line say the
+    // same) is proven once.
+    static QHash<QString, Result> proven;
+    QString key = QString::number(target.osd);
+    for (const Part& p : target.parts)
+        key += QLatin1Char('\x1f') + p.name + QLatin1Char('\x1e') + p.value;
+    for (const Family* family : families)
+        key += QLatin1Char('\x1d') + family->name;
+    const auto known = proven.constFind(key);
+    if (known != proven.constEnd())
+        return *known;
+    if (proven.size() > 1024) // bounded, so that memory does not grow with the input
+        proven.clear();
+    return proven[key] = proveAnew(target, families);
+}
+
+QVector<SampleRecord> sampleRecords(const Operation& op, const Family& family) {
+    QVector<SampleRecord> records;
+    const Quiet quiet;
+    const Call call = baseCall(op, family);
+    const Run run = runCall(call);
+    for (int k = 0; run.ok && k < run.count(false) + run.count(true); ++k) {
+        const bool osd = k >= run.count(false);
+        const int index = osd ? k - run.count(false) : k;
+        SampleRecord r;
+        r.json = osd ? osdRecordJson(run.outcome.osdRecords[index])
+                     : recordJson(run.outcome.records[index]);
+        Target parts = namedParts(osd);
+        parts.parts = run.parts(osd, index, parts);
+        // Each byte's marks: what made it, as an answer names it ("constant" left unmarked).
+        r.marks.resize(parts.parts[0].value.size());
+        r.blockMarks.resize(parts.parts[1].value.size());
+        for (const ByteName& b : answerOf(call, family, index, parts).bytes) {
+            QVector<QStringList>& marks = b.part == parts.parts[0].name ? r.marks : r.blockMarks;
+            for (int at = b.from; at <= b.to && at < marks.size(); ++at)
+                if (b.what != QLatin1String("constant"))
+                    marks[at] = b.what.split(QStringLiteral(", "));
+        }
+        records << r;
+    }
+    return records;
+}
+
+} // namespace engine

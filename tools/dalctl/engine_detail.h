@@ -1,0 +1,122 @@
+#pragma once
+
+// The engine's own parts, shared by its units: values, shapes, solving and the survey.
+#include "engine.h"
+
+#include <QHash>
+#include <QRegularExpression>
+
+#include <functional>
+
+namespace engine::detail {
+
+// Everything a call queued, in the order of its records.
+struct Run {
+    bool ok = false; // false: the call refused its words
+    Outcome outcome;
+
+    int count(bool osd) const {
+        return osd ? int(outcome.osdRecords.size()) : int(outcome.records.size());
+    }
+    QVector<Part> parts(bool osd, int k, const Target& shape) const {
+        return osd ? partsOf(outcome.osdRecords[k], shape) : partsOf(outcome.records[k], shape);
+    }
+};
+
+// Runs a call, quietly; counts the runs for the benchmarks.
+Run runCall(const Call& call);
+
+// The values a call reads besides model members: its arguments (list arguments element by
+// element, JSON arguments member by member) and the utility's values.
+QVector<Variable> variablesOf(const Call& call);
+// The separator of a list argument's words: ',' or '-'.
+QChar separatorOf(args::Kind kind);
+// An element of a list argument past the list's end, which reads as zero.
+bool pastTheEnd(const Call& call, const Variable& v);
+
+// The base call of an operation on a family: its sample words, the built-in models, the
+// family's device type.
+Call baseCall(const Operation& op, const Family& family);
+
+// ---- shapes: where each value lands in one record
+// -------------------------------------------------
+
+// One run of characters of a part that the same values produced; no owners: a constant.
+struct Piece {
+    int from;
+    int to;              // one past the last
+    QVector<int> owners; // indexes into the variables
+    bool resizes;        // other values give it another width
+};
+
+// A part of one record as a call rendered it, cut into constants and the values' pieces.
+struct PartShape {
+    Part part;
+    QVector<Piece> pieces;
+    QRegularExpression pattern; // matches a part cut alike, a group per owned piece
+};
+
+struct Shape {
+    int record = 0;  // which record of the call
+    int records = 0; // how many it queues
+    QVector<PartShape> parts;
+};
+
+// Renders record k of `call` with each variable changed in turn and cuts its parts into the
+// pieces the variables reach. Empty parts when the call does not queue record k.
+Shape shapeOf(const Call& call, const QVector<Variable>& variables, int k, const Target& target);
+// Values for a variable to probe with, beside its current one.
+QStringList probesOf(const Call& call, const Variable& v);
+
+// Parts (the target's, or another call's) cut like the shape's: each piece's text, per part;
+// false when the constants do not match.
+bool cut(const Shape& shape, const QVector<Part>& parts, QVector<QStringList>& pieces);
+
+// ---- which operations to try
+// ---------------------------------------------------------------------
+
+// An operation that may queue the target on a family, and the call to start from.
+struct Candidate {
+    const Operation* op;
+    Call start;
+    int record; // which of its records, from 0
+};
+QVector<Candidate> candidatesFor(const Target& target, const Family& family);
+// Whether a record with this device type went to the family.
+bool sentTo(int deviceType, const Family& family);
+
+// ---- solving
+// ---------------------------------------------------------------------------------------
+
+// How far a record is from the target: 0 when they match.
+long long distance(const QVector<Part>& got, const Target& target);
+long long distance(const Run& run, const Target& target, int k);
+
+// The members of the call's model records that reach its records.
+QVector<Variable> modelMembers(const Call& call, const Target& target);
+
+// Finds the values with which a call queues the target as its record k: the counts that give
+// the record its length first, then each value from where it lands, round after round until
+// the record matches or nothing changes.
+class Solver {
+public:
+    Solver(const Call& start, const Target& target, int k);
+    bool solve();
+    long long distanceNow() const;
+    const Call& result() const { return call; }
+    // The values the call reads: its own, and the model members found to reach its records.
+    const QVector<Variable>& values() const { return variables; }
+
+private:
+    bool fixLengths();
+    QVector<Variable> unsettled() const;
+    bool solveRound();
+
+    Call call;
+    const Target& target;
+    int k;
+    QVector<Variable> own;
+    QVector<Variable> variables;
+};
+
+} // namespace engine::detail
