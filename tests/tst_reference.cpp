@@ -6,133 +6,103 @@
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QUrl>
+#include <QUrlQuery>
 #include <QtTest>
 
+#include <algorithm>
 #include <unistd.h>
 
 namespace {
 
 QString str(const QJsonValue& v, const char* key) { return v[QLatin1String(key)].toString(); }
 QJsonArray arr(const QJsonValue& v, const char* key) { return v[QLatin1String(key)].toArray(); }
+bool osd(const QJsonValue& rec) { return rec["osd"].toBool(); }
 
-// A record in one line, "HEAD | TIMEOUT | TEXT | BLOCK", a byte that arguments reach written
-// "01[scene]"; an OSD record's header and payload stand for head and block.
-QString describe(const QJsonObject& rec) {
-    const QString head = str(rec, rec.contains("header") ? "header" : "head");
-    QStringList bytes;
-    for (int i = 0; i + 1 < head.size(); i += 2) {
-        QStringList names;
-        for (const QJsonValue& name : rec["marks"][i / 2].toArray())
-            names << name.toString();
-        bytes << head.mid(i, 2) + (names.isEmpty() ? QString() : "[" + names.join(", ") + "]");
+// What produced byte i of a head or block: the names its marks carry; none for a constant.
+QStringList producer(const QJsonArray& marks, int i) {
+    const QStringList names = QVariant(marks[i].toArray().toVariantList()).toStringList();
+    return names == QStringList{"constant"} ? QStringList() : names;
+}
+
+// Each run of a record's bytes that the same names produced, head first: "block 4-5: a, b".
+QString runs(const QJsonValue& rec) {
+    QStringList runs;
+    for (const QString part : {"head", "block"}) {
+        const QJsonArray marks = arr(rec, part == "head" ? "marks" : "blockMarks");
+        for (int i = 0, j = 0; i < marks.size(); i = j) {
+            const QStringList names = producer(marks, i);
+            for (j = i + 1; !names.isEmpty() && j < marks.size() && producer(marks, j) == names;)
+                ++j;
+            if (!names.isEmpty())
+                runs << part + ' ' + QString::number(i) +
+                            (j - i > 1 ? '-' + QString::number(j - 1) : "") + ": " +
+                            names.join(", ");
+        }
     }
-    return QStringList{bytes.join(' '), QString::number(rec["timeout"].toInt()),
-                       str(rec, "Datablock"),
-                       str(rec, rec.contains("payload") ? "payload" : "arryDatablock")}
+    return runs.join("; ");
+}
+
+// A record in one line, "HEAD | TIMEOUT | TEXT | BLOCK" (an OSD record's: header, payload).
+QString describe(const QJsonValue& rec) {
+    return QStringList{str(rec, osd(rec) ? "header" : "head"),
+                       QString::number(rec["timeout"].toInt()), str(rec, "Datablock"),
+                       str(rec, osd(rec) ? "payload" : "arryDatablock")}
         .join(" | ");
 }
 
-// Text as a person reads it: tags dropped, the serializer's entities resolved.
-QString plain(QString html) {
-    static const QRegularExpression tag("<[^>]*>");
-    return html.remove(tag)
-        .replace("&lt;", "<")
-        .replace("&gt;", ">")
-        .replace("&quot;", "\"")
-        .replace("&nbsp;", QString(QChar(0xA0)))
-        .replace("&amp;", "&");
+// A page of the test's own beside the reference page: opens that in a frame at its own fragment
+// and writes out as JSON what the frame shows, a byte with the title of the <mark> holding it.
+const char kViewer[] = R"(<!DOCTYPE html><meta charset="utf-8"><pre id="view"></pre><script>
+const frame = document.createElement('iframe'), view = document.getElementById('view');
+const all = (e, css) => Array.from(e.querySelectorAll(css));
+const text = (e, css) => (e.querySelector(css) || {}).textContent || '';
+function bytes(e, rec, key, marks) {
+  rec[key] = '';
+  rec[marks] = [];
+  for (const n of e ? e.childNodes : [])
+    for (const b of n.textContent.split(' ').filter(Boolean))
+      rec[key] += b, rec[marks].push(n.nodeName === 'MARK' ? n.title.split(', ') : []);
 }
-
-struct Row {
-    QString family;
-    int record = 0; // 0: a note (queues nothing, refused, returned)
-    bool hidden = false;
-    QString text;      // the whole row
-    QJsonObject shown; // what its head, text, block and time-out elements show
-};
-struct Op {
-    QString signature;
-    bool hidden = false;
-    QVector<Row> rows;
-};
-
-// Reads the rendered page through its hooks: data-signature on an operation, data-family and
-// data-record on a row, the head, text, block and timeout elements of a record.
-QVector<Op> operationsShown(const QString& html) {
-    static const QRegularExpression element("<(\\w+)\\b([^>]*)>"),
-        attribute("([\\w-]+)(=\"([^\"]*)\")?"),
-        mark("<mark\\b[^>]*title=\"([^\"]*)\"[^>]*>([^<]*)</mark>");
-    QVector<Op> ops;
-    for (auto it = element.globalMatch(html, html.indexOf("<main")); it.hasNext();) {
-        const QRegularExpressionMatch m = it.next();
-        QHash<QString, QString> at;
-        for (auto a = attribute.globalMatch(m.captured(2)); a.hasNext();) {
-            const QRegularExpressionMatch pair = a.next();
-            at.insert(pair.captured(1), plain(pair.captured(3)));
-        }
-        const int end = html.indexOf("</" + m.captured(1) + ">", m.capturedEnd());
-        const QString inner = html.mid(m.capturedEnd(), end - m.capturedEnd());
-        const QStringList classes = at.value("class").split(' ');
-        if (at.contains("data-signature")) {
-            ops.append({at.value("data-signature"), at.contains("hidden"), {}});
-            continue;
-        }
-        if (m.captured(1) == "tr" && at.contains("data-family") && !ops.isEmpty()) {
-            ops.last().rows.append({at.value("data-family"),
-                                    at.value("data-record").toInt(),
-                                    at.contains("hidden"),
-                                    plain(inner),
-                                    {}});
-            continue;
-        }
-        if (ops.isEmpty() || ops.last().rows.isEmpty())
-            continue;
-        QJsonObject& shown = ops.last().rows.last().shown;
-        if (classes.contains("head")) {
-            // "00 01[index] ...": each byte, and the names its mark carries
-            QString head;
-            QJsonArray marks;
-            const QString bytes = QString(inner).replace(mark, "\\2[\\1]").replace(", ", ",");
-            for (const QString& byte : plain(bytes).split(' ', Qt::SkipEmptyParts)) {
-                head += byte.left(2);
-                marks << QJsonArray::fromStringList(
-                    byte.mid(3, byte.size() - 4).split(',', Qt::SkipEmptyParts));
-            }
-            shown["head"] = head;
-            shown["marks"] = marks;
-        } else if (classes.contains("text")) {
-            shown["Datablock"] = plain(inner);
-        } else if (classes.contains("block")) {
-            shown["arryDatablock"] = plain(inner).remove(' ');
-        } else if (classes.contains("timeout")) {
-            shown["timeout"] = plain(inner).toInt();
-        }
-    }
-    return ops;
-}
+frame.onload = () => view.textContent = encodeURIComponent(JSON.stringify(
+  all(frame.contentDocument, 'section[data-signature]').map(s => ({
+    signature: s.dataset.signature, hidden: s.hidden, sample: text(s, '.sample'),
+    rows: all(s, 'tr[data-family]').map(tr => {
+      const rec = { timeout: +text(tr, '.timeout'), Datablock: text(tr, '.text') };
+      bytes(tr.querySelector('.head'), rec, 'head', 'marks');
+      bytes(tr.querySelector('.block'), rec, 'arryDatablock', 'blockMarks');
+      return { family: tr.dataset.family, record: +(tr.dataset.record || 0), hidden: tr.hidden,
+               text: tr.textContent, shown: rec,
+               legend: all(tr, '.legend li').map(li => li.textContent).join('; ') };
+    }) }))));
+frame.src = 'reference.html' + location.hash;
+document.body.appendChild(frame);
+</script>)";
 
 // Which operations the page must list, by its rule, written apart from the page's script: an
 // enabled family, and the query in the signature, in an enabled family's text, or (hex) in its
-// head from a byte boundary.
+// head (OSD: header) from a byte boundary, a byte that is not constant matching any byte while
+// one constant byte matches.
 bool listed(const QJsonValue& op, const QString& query, const QStringList& enabled) {
     const QString q = query.toLower(), compact = QString(q).remove(' ');
     const bool hex = QRegularExpression("^([0-9a-f]{2})+$").match(compact).hasMatch();
     bool anyEnabled = false, match = q.isEmpty() || str(op, "signature").toLower().contains(q);
     for (const QJsonValue& result : arr(op, "results")) {
-        anyEnabled = anyEnabled || enabled.contains(str(result, "family"));
-        for (const QJsonValue& rec : arr(result, "records"))
-            match =
-                match || (enabled.contains(str(result, "family")) &&
-                          ((hex && QByteArray::fromHex(
-                                       str(rec, rec["osd"].toBool() ? "header" : "head").toLatin1())
-                                       .contains(QByteArray::fromHex(compact.toLatin1()))) ||
-                           str(rec, "Datablock").toLower().contains(q)));
+        const bool on = enabled.contains(str(result, "family"));
+        anyEnabled = anyEnabled || on;
+        for (const QJsonValue& rec : arr(result, "records")) {
+            QString head = str(rec, osd(rec) ? "header" : "head"); // each byte not constant: ".."
+            for (int b = 0; b < head.size() / 2; ++b)
+                if (!producer(arr(rec, "marks"), b).isEmpty())
+                    head.replace(2 * b, 2, "..");
+            for (int s = 0; on && hex && s + compact.size() <= head.size(); s += 2)
+                match = match || (head.mid(s, compact.size()).count('.') < compact.size() &&
+                                  std::equal(compact.begin(), compact.end(), head.begin() + s,
+                                             [](QChar a, QChar b) { return b == '.' || a == b; }));
+            match = match || (on && str(rec, "Datablock").toLower().contains(q));
+        }
     }
     return anyEnabled && match;
 }
-
-const char kNoChromium[] = "no Chromium: the page cannot be rendered";
 
 QByteArray run(const QString& program, const QStringList& arguments) {
     QProcess process;
@@ -151,42 +121,48 @@ class tst_reference : public QObject {
     QJsonArray data;      // the operations embedded in the page
     QStringList families; // and its families
 
-    QVector<Op> open(const QString& fragment) {
+    // The operations as the page shows them, opened at the fragment.
+    QJsonArray open(const QString& fragment) {
         const QTemporaryDir profile;
-        const QString url = QUrl::fromLocalFile(folder.filePath("reference.html")).toString();
-        QStringList args{"--headless",
-                         "--disable-gpu",
-                         "--disable-quic",
-                         "--no-first-run",
-                         "--disable-background-networking",
-                         "--disable-component-update",
-                         "--disable-sync",
-                         "--user-data-dir=" + profile.path(),
-                         "--dump-dom",
-                         url + (fragment.isEmpty() ? "" : "#" + fragment)};
+        QStringList args = QString("--headless --disable-gpu --disable-quic --no-first-run "
+                                   "--disable-background-networking --disable-component-update "
+                                   "--disable-sync --allow-file-access-from-files --dump-dom")
+                               .split(' ');
+        args << "--user-data-dir=" + profile.path()
+             << QUrl::fromLocalFile(folder.filePath("viewer.html")).toString() + '#' + fragment;
         if (::geteuid() == 0) // Chromium's sandbox does not run as root
             args.prepend("--no-sandbox");
-        return operationsShown(QString::fromUtf8(run(chromium, args)));
+        const QString view = QString::fromUtf8(run(chromium, args))
+                                 .section("<pre id=\"view\">", 1)
+                                 .section("</pre>", 0, 0);
+        return QJsonDocument::fromJson(QUrl::fromPercentEncoding(view.toLatin1()).toUtf8()).array();
     }
 
 private slots:
     void initTestCase() {
         run(DALCTL_PATH, {"doc", "--out", folder.filePath("reference.html")});
-        QFile file(folder.filePath("reference.html"));
-        QVERIFY(file.open(QIODevice::ReadOnly));
+        QFile file(folder.filePath("reference.html")), viewer(folder.filePath("viewer.html"));
+        QVERIFY(file.open(QIODevice::ReadOnly) && viewer.open(QIODevice::WriteOnly) &&
+                viewer.write(kViewer) > 0);
         page = file.readAll();
         const QByteArray marker = R"(<script type="application/json" id="dal-reference">)";
         const int start = page.indexOf(marker) + marker.size();
         const QJsonObject embedded =
             QJsonDocument::fromJson(page.mid(start, page.indexOf("</script>", start) - start))
                 .object();
+        QCOMPARE(embedded["format"].toInt(), 2);
         data = embedded["operations"].toArray();
-        // Every record carries a list of argument names per head byte.
+        // A record of an operation the engine reads names what produced each byte of its head
+        // and block; one of an operation it does not read names nothing.
         for (const QJsonValue& op : data)
             for (const QJsonValue& result : arr(op, "results"))
-                for (const QJsonValue& rec : arr(result, "records"))
-                    QCOMPARE(arr(rec, "marks").size(),
-                             str(rec, rec["osd"].toBool() ? "header" : "head").size() / 2);
+                for (const QJsonValue& rec : arr(result, "records")) {
+                    const int explained = op["explained"].toBool();
+                    const QString head = str(rec, osd(rec) ? "header" : "head"),
+                                  block = str(rec, osd(rec) ? "payload" : "arryDatablock");
+                    QCOMPARE(arr(rec, "marks").size(), explained * head.size() / 2);
+                    QCOMPARE(arr(rec, "blockMarks").size(), explained * block.size() / 2);
+                }
         for (const QJsonValue& family : embedded["families"].toArray())
             families << str(family, "name");
         QVERIFY(data.size() > 600);
@@ -203,85 +179,106 @@ private slots:
             QVERIFY2(!around.contains(QRegularExpression(outside)), outside);
     }
 
-    // Without a fragment every operation is listed, each with every record of every family as
-    // the data has it, marks included, "queues nothing" where it has none, and the bytes that
-    // dalctl --json prints.
+    // Without a fragment every operation is listed with its sample arguments (a list with its
+    // written form), each record of every family as the data has it, its runs of bytes that are
+    // not constant marked and listed, "queues nothing" where it has none, as dalctl --json.
     void everyOperation() {
         if (chromium.isEmpty())
-            QSKIP(kNoChromium);
-        const QVector<Op> shown = open(QString());
+            QSKIP("no Chromium: the page cannot be rendered");
+        int knownSeen = 0, lists = 0;
+        const QJsonArray shown = open(QString());
         QCOMPARE(shown.size(), data.size());
         for (int i = 0; i < data.size(); ++i) {
-            QCOMPARE(shown[i].signature, str(data[i], "signature"));
-            QVERIFY(!shown[i].hidden);
+            const QString name = str(data[i], "name"), sample = str(shown[i], "sample");
+            QCOMPARE(str(shown[i], "signature"), str(data[i], "signature"));
+            QVERIFY(!shown[i]["hidden"].toBool());
+            for (const QJsonValue& arg : arr(data[i], "arguments")) {
+                const QString written = str(arg, "written");
+                const bool list = written.startsWith("numbers ");
+                lists += list;
+                QVERIFY2(sample.contains(str(arg, "name") + " = " + str(arg, "sample") +
+                                         (list ? " (" + written + ")" : "")),
+                         qPrintable(str(data[i], "signature") + ": " + sample));
+            }
             for (const QJsonValue& result : arr(data[i], "results")) {
-                QStringList expected, rows, notes;
-                for (const QJsonValue& rec : arr(result, "records"))
-                    expected << describe(rec.toObject());
-                for (const Row& row : shown[i].rows)
-                    if (row.family == str(result, "family"))
-                        (row.record ? rows : notes)
-                            << (row.record ? describe(row.shown) : row.text);
+                const QString family = str(result, "family");
+                QStringList expected, rows, notes, sent, printed;
+                for (const QJsonValue& rec : arr(result, "records")) {
+                    sent << describe(rec);
+                    expected << sent.last() + " | " + runs(rec) + " | " + runs(rec);
+                }
+                for (const QJsonValue& row : arr(shown[i], "rows"))
+                    if (str(row, "family") == family && !row["record"].toInt())
+                        notes << str(row, "text");
+                    else if (str(row, "family") == family)
+                        rows << describe(row["shown"]) + " | " + runs(row["shown"]) + " | " +
+                                    str(row, "legend");
                 QCOMPARE(rows, expected);
+                // T3's "<SVCN, 2B>" carries the scene in its letter, as native 68 1A 01 in DAT3.
+                if (name == "saveScene" && family == "T3") {
+                    QCOMPARE(rows.value(0).section(" | ", 5), "head 5: scene; block 8: scene");
+                    ++knownSeen;
+                }
                 if (expected.isEmpty() && str(result, "refused").isEmpty())
-                    QVERIFY2(notes.join(' ').contains("queues nothing"),
-                             qPrintable(shown[i].signature));
-                // What the page shows for an operation on T3 is what dalctl prints for it.
-                const QString name = str(data[i], "name");
-                if ((name == "getComBoardVer" || name == "setSupplierName") &&
-                    str(result, "family") == "T3") {
-                    QStringList call{"--device", "T3", "--json", name}, printed;
+                    QVERIFY2(notes.join(' ').contains("queues nothing"), qPrintable(name));
+                // What the page shows for an operation on T3 (the data, as compared) is what
+                // dalctl prints for it.
+                if ((name == "getComBoardVer" || name == "setSupplierName") && family == "T3") {
+                    QStringList call{"--device", "T3", "--json", name};
                     for (const QJsonValue& arg : arr(data[i], "arguments"))
                         call << str(arg, "sample");
-                    for (const QByteArray& line : run(DALCTL_PATH, call).split('\n'))
-                        if (!line.isEmpty())
-                            printed << describe(QJsonDocument::fromJson(line).object());
-                    QCOMPARE(rows.join('\n').remove(QRegularExpression("\\[[^]]*\\]")),
-                             printed.join('\n'));
+                    for (const QString& line :
+                         QString(run(DALCTL_PATH, call)).split('\n', Qt::SkipEmptyParts))
+                        printed << describe(QJsonDocument::fromJson(line.toUtf8()).object());
+                    QCOMPARE(printed, sent);
                 }
             }
         }
+        QVERIFY(knownSeen == 1 && lists > 0);
     }
 
     void filter_data() {
         QTest::addColumn<QString>("fragment");
-        QTest::addColumn<QString>("query");
-        QTest::addColumn<QStringList>("enabled"); // empty: every family
-        QTest::newRow("text, one family") << "q=SVCN&family=T3"
-                                          << "SVCN" << QStringList{"T3"};
-        QTest::newRow("head bytes") << "q=f0%2058"
-                                    << "f0 58" << QStringList();
-        QTest::newRow("hex across bytes") << "q=06a0"
-                                          << "06a0" << QStringList();
-        QTest::newRow("signature, any case") << "q=getcomboard"
-                                             << "getcomboard" << QStringList();
-        QTest::newRow("one family") << "family=keyboard"
-                                    << "" << QStringList{"keyboard"};
-        QTest::newRow("two families") << "q=68+12&family=native,NV"
-                                      << "68 12" << QStringList{"native", "NV"};
+        QTest::addColumn<QString>("operation"); // must be listed, or must not
+        QTest::addColumn<bool>("listedToo");
+        const QString saveScene = "DalTarsel::saveScene(int timeout, int scene)";
+        QTest::newRow("text, one family") << "q=SVCN&family=T3" << saveScene << true;
+        QTest::newRow("head bytes") << "q=f0%2058" << QString() << false;
+        QTest::newRow("hex across bytes") << "q=06a0" << QString() << false;
+        QTest::newRow("signature, any case") << "q=getcomboard" << QString() << false;
+        QTest::newRow("one family") << "family=keyboard" << saveScene << false;
+        QTest::newRow("two families") << "q=68+12&family=native,NV" << QString() << false;
+        // The sample's scene is 1: its byte matches any; the constant bytes beside it do not.
+        QTest::newRow("argument byte matches any") << "q=68+1a+01+05" << saveScene << true;
+        QTest::newRow("constant byte differs") << "q=68%201b%2001%2005" << saveScene << false;
     }
 
     // A fragment opens the view it names: exactly the operations the rule selects are listed,
     // and only the rows of enabled families show.
     void filter() {
         QFETCH(QString, fragment);
-        QFETCH(QString, query);
-        QFETCH(QStringList, enabled);
+        QFETCH(QString, operation);
+        QFETCH(bool, listedToo);
         if (chromium.isEmpty())
-            QSKIP(kNoChromium);
-        if (enabled.isEmpty())
-            enabled = families;
-        QStringList expected, shown;
+            QSKIP("no Chromium: the page cannot be rendered");
+        const QUrlQuery view(QString(fragment).replace('+', "%20"));
+        const QString query = view.queryItemValue("q", QUrl::FullyDecoded);
+        QStringList expected, shown, enabled = families;
+        if (view.hasQueryItem("family"))
+            enabled = view.queryItemValue("family", QUrl::FullyDecoded).split(',');
         for (const QJsonValue& op : data)
             if (listed(op, query, enabled))
                 expected << str(op, "signature");
-        for (const Op& op : open(fragment)) {
-            if (!op.hidden)
-                shown << op.signature;
-            for (const Row& row : op.rows)
-                QVERIFY2(row.hidden != enabled.contains(row.family), qPrintable(op.signature));
+        for (const QJsonValue& op : open(fragment)) {
+            if (!op["hidden"].toBool())
+                shown << str(op, "signature");
+            for (const QJsonValue& row : arr(op, "rows"))
+                QVERIFY2(row["hidden"].toBool() != enabled.contains(str(row, "family")),
+                         qPrintable(str(op, "signature")));
         }
         QCOMPARE(shown, expected);
+        if (!operation.isEmpty())
+            QCOMPARE(shown.contains(operation), listedToo);
     }
 };
 
