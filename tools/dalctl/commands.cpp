@@ -567,8 +567,11 @@ CommandLine split(const QStringList& arguments) {
     bool ended = false;
     for (int i = 1; i < arguments.size(); ++i) {
         const QString& a = arguments[i];
+        // A value: "-", a negative number, or a word no option looks like (a trace line
+        // starts "---addToQueue").
         const bool value = ended || a == QLatin1String("-") || !a.startsWith(QLatin1Char('-')) ||
-                           a.at(1).isDigit() || a.at(1) == QLatin1Char('.');
+                           a.at(1).isDigit() || a.at(1) == QLatin1Char('.') ||
+                           a.startsWith(QLatin1String("---"));
         if (a == QLatin1String("--") && !ended) {
             ended = true;
         } else if (value) {

@@ -99,6 +99,9 @@ struct Answer {
     QString text() const;        // "saveScene(timeout=3000, scene=5)"
     QString replay() const;      // the dalctl command line that queues the record again
     QJsonObject json() const;
+
+private:
+    bool replayed(const UtilityOption& o) const;
 };
 
 // What came closest when nothing was proven.

@@ -6,6 +6,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <cmath>
 
 namespace engine {
 
@@ -79,8 +80,9 @@ QString lowBits(const Call& call, const Variable& v, const Target& target, int k
         const QString word = v.kind == args::Kind::Integer ? QString::number(qint64(other))
                                                            : QString::number(other, 'f', 6);
         if (assign(changed, v, word) && recordParts(runCall(changed), target, k) == now)
-            return QLatin1String(v.kind == args::Kind::Decimal ? "its whole part's " : "") +
-                   QLatin1String(bits == 8 ? "low byte" : "low 16 bits");
+            return v.kind == args::Kind::Decimal
+                       ? QStringLiteral("up to a multiple of %1").arg(1LL << bits)
+                       : QLatin1String(bits == 8 ? "low byte" : "low 16 bits");
     }
     return QString();
 }
@@ -92,6 +94,8 @@ unsigned char byteAt(const QString& part, int at) {
 // The number a head piece's bytes hold that a length would: little-endian, big-endian, or the
 // byte alone as a low or high byte.
 bool holdsLength(const QString& bytes, const Piece& piece, int length) {
+    if (piece.to - piece.from > 4)
+        return false; // no length is written in more than four bytes
     unsigned little = 0, big = 0;
     for (int at = piece.from; at < piece.to; ++at) {
         little |= unsigned(byteAt(bytes, at)) << (8 * (at - piece.from));
@@ -207,10 +211,34 @@ QVector<ByteName> nameBytes(const Call& call, const QVector<Variable>& variables
     return named;
 }
 
+// A decimal the record carries only the low bits of, scaled (hundredths in 16 bits, say): the
+// smallest of the values with those bits.
+void simplifyDecimal(Call& call, const Variable& v, const Target& target, int k,
+                     const QVector<Part>& now) {
+    const double x = valueOf(call, v).toDouble();
+    double best = x;
+    for (int bits : {8, 16, 32})
+        for (double scale : {1.0, 10.0, 100.0, 1000.0}) {
+            const double period = double(1LL << bits) / scale;
+            const double smaller = std::fmod(x, period);
+            Call c = call;
+            if (std::abs(smaller) < std::abs(best) &&
+                assign(c, v, QString::number(smaller, 'g', 12)) &&
+                recordParts(runCall(c), target, k) == now)
+                best = smaller;
+        }
+    if (best != x)
+        assign(call, v, QString::number(best, 'g', 12));
+}
+
 // An integer the record carries only the low bits of is given as the smallest number with
 // those bits, so that the answer reads as what was most likely meant.
 void simplify(Call& call, const Target& target, int k, const QVector<Part>& now) {
     for (const Variable& v : variablesOf(call)) {
+        if (v.kind == args::Kind::Decimal) {
+            simplifyDecimal(call, v, target, k, now);
+            continue;
+        }
         if (v.kind != args::Kind::Integer)
             continue;
         const long long x = valueOf(call, v).toLongLong();
@@ -365,12 +393,16 @@ bool sameAnswer(const Answer& a, const Answer& b) {
 // ---- answers
 // -------------------------------------------------------------------------------------
 
+// A utility value the record carries and dalctl does not set by itself.
+bool Answer::replayed(const UtilityOption& o) const {
+    return utilityRead.contains(QLatin1String(o.option)) &&
+           o.get(call.utility) != QLatin1String(o.byDefault);
+}
+
 QStringList Answer::options() const {
     QStringList words;
     for (const UtilityOption& o : utilityOptions())
-        // The options dalctl sets by itself need not be given.
-        if (utilityRead.contains(QLatin1String(o.option)) &&
-            o.get(call.utility) != QLatin1String(o.byDefault))
+        if (replayed(o))
             words << QStringLiteral("--") + QLatin1String(o.option) << o.get(call.utility);
     return words;
 }
@@ -396,7 +428,7 @@ QString Answer::text() const {
         shown << Variable{Variable::Model, -1, -1, path}.name(op) + QLatin1Char('=') +
                      shownWord(members::get(call.models, path));
     for (const UtilityOption& o : utilityOptions())
-        if (utilityRead.contains(QLatin1String(o.option)))
+        if (replayed(o))
             shown << QLatin1String(o.name) + QLatin1Char('=') + shownWord(o.get(call.utility));
     QString text = (op.className == QLatin1String("DalTarsel") ? op.name : op.qualifiedName()) +
                    QLatin1Char('(') + shown.join(QStringLiteral(", ")) + QLatin1Char(')');
@@ -459,6 +491,40 @@ QJsonObject Answer::json() const {
 
 namespace {
 
+// Where no operation's record has the target's ends: the operation whose head it has, and
+// how the rest differs ("which sends no block; 4 more bytes here").
+std::optional<Closest> closestByHead(const Target& target, const QVector<const Family*>& families) {
+    Target head{target.osd, {}};
+    for (const Part& p : target.parts)
+        if (p.name == QLatin1String("head") || p.name == QLatin1String("command") ||
+            p.name == QLatin1String("header"))
+            head.parts << p;
+    if (head.parts.isEmpty() || head.parts.size() == target.parts.size())
+        return std::nullopt;
+    // Nearest by the parts that differ; of as near, the first family searched.
+    auto apart = [&](const Run& run, int k) {
+        const QVector<Part> got = recordParts(run, target, k);
+        long long parts = 0;
+        for (int p = 0; p < got.size(); ++p)
+            parts += got[p].value != target.parts[p].value;
+        return got.isEmpty() ? LLONG_MAX : parts;
+    };
+    std::optional<Closest> closest;
+    long long best = -1;
+    for (const Family* family : families)
+        for (const Candidate& c : candidatesFor(head, *family)) {
+            const Run run = runCall(c.start);
+            const long long d = apart(run, c.record);
+            if (best < 0 || d < best) {
+                best = d;
+                closest =
+                    Closest{c.op->qualifiedName(), family->name,
+                            QStringLiteral("head as sent, ") + differenceOf(run, target, c.record)};
+            }
+        }
+    return closest;
+}
+
 Result proveAnew(const Target& target, const QVector<const Family*>& families) {
     Result result;
     long long closest = -1;
@@ -483,6 +549,8 @@ Result proveAnew(const Target& target, const QVector<const Family*>& families) {
         }
     if (!result.answers.isEmpty())
         result.closest.reset();
+    else if (!result.closest)
+        result.closest = closestByHead(target, families);
     return result;
 }
 

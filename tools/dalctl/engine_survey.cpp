@@ -16,6 +16,7 @@
 
 #include <map>
 #include <mutex>
+#include <tuple>
 
 namespace engine::detail {
 
@@ -285,53 +286,87 @@ bool comparedByEnds(const Part& p) {
            p.name == QLatin1String("tag");
 }
 
-// Whether the target's part starts and ends as every run of the branch renders it. Of a head,
-// only the command (CMD and DAT1, or the OSD marker and command) is compared where no run
-// changed it: a value that no run changed may still reach the other bytes.
-bool endsFit(const QStringList& renderings, const Part& part) {
+// What every run of a branch renders alike in one part: of a head, only the command (CMD and
+// DAT1, or the OSD marker and command) where no run changed it, as a value that no run changed
+// may still reach the other bytes; of other parts, the start and end every run shares.
+struct Ends {
+    bool none = true;   // no run queued the record
+    bool empty = true;  // every run left the part empty
+    int size = -1;      // a head's size, the same in every run (-2: sizes differ)
+    QString fixed;      // a head's command bytes, '\0' where runs differ...
+    QVector<bool> held; // ...and where they agree
+    QString prefix, suffix;
+};
+
+int commandStart(const QString& part) {
+    return part == QLatin1String("command")  ? 0
+           : part == QLatin1String("head")   ? 2
+           : part == QLatin1String("header") ? 0
+                                             : -1;
+}
+
+Ends endsOf(const QStringList& renderings, const QString& part) {
+    Ends e;
     if (renderings.isEmpty())
-        return false;
-    const QString& wanted = part.value;
-    const int command = part.name == QLatin1String("command")  ? 0
-                        : part.name == QLatin1String("head")   ? 2
-                        : part.name == QLatin1String("header") ? 0
-                                                               : -1;
+        return e;
+    e.none = false;
+    const QString& f = renderings.first();
+    const int command = commandStart(part);
     if (command >= 0) {
-        const int end = command + (part.name == QLatin1String("header") ? 5 : 2);
+        e.size = int(f.size());
         for (const QString& r : renderings)
-            if (r.size() != wanted.size())
-                return false;
-        for (int at = command; at < end; ++at)
-            if (std::all_of(renderings.begin(), renderings.end(),
-                            [&](const QString& r) { return r[at] == renderings.first()[at]; }) &&
-                wanted[at] != renderings.first()[at])
-                return false;
-        return true;
+            if (r.size() != f.size())
+                e.size = -2;
+        const int end = command + (part == QLatin1String("header") ? 5 : 2);
+        for (int at = command; e.size >= 0 && at < end && at < f.size(); ++at) {
+            e.fixed += f[at];
+            e.held << std::all_of(renderings.begin(), renderings.end(),
+                                  [&](const QString& r) { return r[at] == f[at]; });
+        }
+        return e;
     }
-    // A part no run gave anything can give nothing else.
-    if (std::all_of(renderings.begin(), renderings.end(),
-                    [](const QString& r) { return r.isEmpty(); }))
-        return wanted.isEmpty();
-    int prefix = int(renderings.first().size()), shortest = prefix;
+    e.empty = std::all_of(renderings.begin(), renderings.end(),
+                          [](const QString& r) { return r.isEmpty(); });
+    int prefix = int(f.size()), shortest = prefix;
     for (const QString& r : renderings) {
         shortest = std::min(shortest, int(r.size()));
         int same = 0;
-        while (same < prefix && same < r.size() && r[same] == renderings.first()[same])
+        while (same < prefix && same < r.size() && r[same] == f[same])
             ++same;
         prefix = same;
     }
     int suffix = shortest - prefix;
     for (const QString& r : renderings) {
         int same = 0;
-        const QString& f = renderings.first();
         while (same < suffix && r[r.size() - 1 - same] == f[f.size() - 1 - same])
             ++same;
         suffix = same;
     }
-    const QString& f = renderings.first();
+    e.prefix = f.left(prefix);
+    e.suffix = f.right(suffix);
+    return e;
+}
+
+// Whether the target's part starts and ends as every run of the branch renders it.
+bool endsFit(const Ends& e, const Part& part) {
+    const QString& wanted = part.value;
+    if (e.none)
+        return false;
+    const int command = commandStart(part.name);
+    if (command >= 0) {
+        if (e.size != wanted.size())
+            return false;
+        for (int i = 0; i < e.held.size(); ++i)
+            if (e.held[i] && wanted[command + i] != e.fixed[i])
+                return false;
+        return true;
+    }
+    // A part no run gave anything can give nothing else.
+    if (e.empty)
+        return wanted.isEmpty();
     // Compared as texts: a null text starts with no empty one.
-    return wanted.size() >= prefix + suffix && wanted.left(prefix) == f.left(prefix) &&
-           wanted.right(suffix) == f.right(suffix);
+    return wanted.size() >= e.prefix.size() + e.suffix.size() &&
+           wanted.left(e.prefix.size()) == e.prefix && wanted.right(e.suffix.size()) == e.suffix;
 }
 
 } // namespace
@@ -386,23 +421,35 @@ QVector<Candidate> candidatesFor(const Target& target, const Family& family) {
                         entry.translate &&
                         (!wanted.binary || wanted.name == QLatin1String("block") ||
                          family.name == QLatin1String("Cadex"));
-                    QStringList renderings;
-                    for (int run : branch) {
-                        const SurveyRun& r = s.runs[run];
-                        if (target.osd) {
-                            renderings << partsOf(r.outcome.osdRecords[k], Target{true, {wanted}})
-                                              .first()
-                                              .value;
-                            continue;
+                    // Every target compares the same ends: they are found once.
+                    static std::map<
+                        std::tuple<const OperationSurvey*, int, int, const Family*, bool, QString>,
+                        Ends>
+                        known;
+                    const auto key = std::make_tuple(&s, int(&branch - s.branches.data()), k,
+                                                     &family, translate, wanted.name);
+                    auto ends = known.find(key);
+                    if (ends == known.end()) {
+                        QStringList renderings;
+                        for (int run : branch) {
+                            const SurveyRun& r = s.runs[run];
+                            if (target.osd) {
+                                renderings
+                                    << partsOf(r.outcome.osdRecords[k], Target{true, {wanted}})
+                                           .first()
+                                           .value;
+                                continue;
+                            }
+                            if (translate)
+                                applyUtility(r.call.utility);
+                            const model_Protocoldata rec =
+                                translate ? translated(r.outcome.records[k], family)
+                                          : r.outcome.records[k];
+                            renderings << partsOf(rec, Target{false, {wanted}}).first().value;
                         }
-                        if (translate)
-                            applyUtility(r.call.utility);
-                        const model_Protocoldata rec =
-                            translate ? translated(r.outcome.records[k], family)
-                                      : r.outcome.records[k];
-                        renderings << partsOf(rec, Target{false, {wanted}}).first().value;
+                        ends = known.emplace(key, endsOf(renderings, wanted.name)).first;
                     }
-                    fits = endsFit(renderings, wanted);
+                    fits = endsFit(ends->second, wanted);
                 }
                 if (!fits)
                     continue;

@@ -67,17 +67,25 @@ bool parseTrace(Cursor c, TracedRecord& traced) {
 // once per line.
 class Annotations {
 public:
-    const QByteArray& of(const TracedRecord& traced, const Family* device, bool json) {
-        const std::string key =
-            (traced.head + '\0' + traced.block + '\0' + traced.text.toUtf8() + '\0' + char(json) +
-             (device ? device->name.toUtf8() : QByteArray()))
-                .toStdString();
+    // The note for a trace line, by what follows its label; empty for a garbled one.
+    const QByteArray& of(const QByteArray& traceLine, const Family* device, bool json) {
+        std::string key(traceLine.constData(), std::size_t(traceLine.size()));
+        key += char(json);
+        if (device)
+            key += device->name.toStdString();
         auto it = cache.find(key);
         if (it != cache.end())
             return it->second;
         if (cache.size() > kLimit) // bounded, so that memory does not grow with the log
             cache.clear();
-        return cache[key] = build(traced, device, json);
+        TracedRecord traced;
+        traced.status = parseTrace(Cursor{traceLine.constData(),
+                                          traceLine.constData() + traceLine.size()},
+                                   traced)
+                            ? TracedRecord::Read
+                            : TracedRecord::Garbled;
+        return cache[key] = traced.status == TracedRecord::Read ? build(traced, device, json)
+                                                                 : QByteArray();
     }
 
 private:
@@ -154,15 +162,17 @@ QByteArray explainLine(const QByteArray& line, const Family* device, bool json, 
         --body;
     const QByteArray content = QByteArray::fromRawData(line.constData(), body);
     const QByteArray ending = line.mid(body);
-    const TracedRecord traced = readTraceLine(content);
-    if (traced.status == TracedRecord::NotTrace)
+    const auto label = content.indexOf(kTraceLabel);
+    if (label < 0)
         return json ? QByteArray() : line;
+    const int from = int(label + sizeof kTraceLabel - 1);
+    const QByteArray& note = annotations.of(
+        QByteArray::fromRawData(content.constData() + from, body - from), device, json);
     const QByteArray prefix =
         json ? "{\"line\":" + QByteArray::number(number) + ',' : QByteArray(content) + kNote;
-    if (traced.status == TracedRecord::Garbled)
+    if (note.isEmpty())
         return prefix + (json ? "\"error\":\"cut or garbled trace line\"}\n"
                               : "cut or garbled trace line" + ending);
-    const QByteArray& note = annotations.of(traced, device, json);
     return json ? prefix + note + "}\n" : prefix + note + ending;
 }
 

@@ -4,6 +4,8 @@
 #include <QJsonDocument>
 
 #include <climits>
+#include <cmath>
+#include <limits>
 #include <type_traits>
 
 // GCC 12 takes a write to a QVector's element, which lies after the array's header, for a
@@ -247,6 +249,28 @@ bool reach(T& value, QStringView path, F&& f) {
     }
 }
 
+// Adds the path of every list at or below `value` to `found`; values hold none.
+template <class T>
+void listsBelow(const T& value, const QString& path, QStringList& found) {
+    constexpr Node node = nodeOf<T>();
+    if constexpr (node == Node::Struct) {
+        forEach(value, [&](const char* name, const auto& member) {
+            if constexpr (nodeOf<Bare<decltype(member)>>() <= Node::Array)
+                listsBelow(member,
+                           path.isEmpty() ? QString::fromLatin1(name)
+                                          : path + QLatin1Char('.') + QLatin1String(name),
+                           found);
+        });
+    } else if constexpr (node == Node::List || node == Node::Array) {
+        if constexpr (node == Node::List)
+            found << path;
+        using Entry = Bare<decltype(value[0])>;
+        if constexpr (nodeOf<Entry>() <= Node::Array)
+            for (int i = 0; i < sizeOf(value); ++i)
+                listsBelow(value[i], path + QStringLiteral("[%1]").arg(i), found);
+    }
+}
+
 // Calls f(value) for every number, decimal and text at or below `value`.
 template <class T, class F>
 void forEachLeaf(T& value, F&& f) {
@@ -318,7 +342,18 @@ QString applyScalar(T& value, const QJsonValue& json, const QString& path) {
     } else {
         if (!json.isDouble())
             return wrong;
-        value = static_cast<T>(json.toDouble());
+        const double number = json.toDouble();
+        if constexpr (std::is_integral_v<T>) {
+            // Within the member's type, as 2^digits bounds it (exclusive above).
+            const double above = std::ldexp(1.0, std::numeric_limits<T>::digits);
+            if (!(number >= (std::is_signed_v<T> ? -above : 0.0) && number < above))
+                return QStringLiteral("model member %1 is %2, outside its range %3..%4")
+                    .arg(path)
+                    .arg(number)
+                    .arg(std::numeric_limits<T>::min())
+                    .arg(std::numeric_limits<T>::max());
+        }
+        value = static_cast<T>(number);
     }
     return QString();
 }
@@ -501,15 +536,7 @@ void shift(Models& m, const QString& path, int step) {
 
 QStringList lists(const Models& m, const QString& path) {
     QStringList found;
-    std::function<void(const QString&)> walk = [&](const QString& at) {
-        const Leaf leaf = members::at(m, at);
-        if (leaf.node == Node::List)
-            found << at;
-        if (leaf.node == Node::Struct || leaf.node == Node::List || leaf.node == Node::Array)
-            for (const QString& child : children(m, at))
-                walk(child);
-    };
-    walk(path);
+    reach(m, path, [&](const auto& node) { listsBelow(node, path, found); });
     return found;
 }
 
