@@ -84,6 +84,7 @@ bench: deps browser
 	$(BENCH_BUILD)/bench/dal_bench
 	$(BENCH_BUILD)/bench/explain_bench
 	bench/first_answer.sh $(BENCH_BUILD)/dalctl
+	bench/explain_rate.sh $(BENCH_BUILD)/dalctl
 	bench/reference_keystroke.sh $(BENCH_BUILD)/dalctl 10
 
 fuzz: deps
