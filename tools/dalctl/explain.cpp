@@ -2,14 +2,14 @@
 
 #include "engine.h"
 
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QStringList>
 
 #include <cerrno>
 #include <cstring>
-#include <string>
-#include <unordered_map>
+#include <map>
 #include <vector>
 
 #include <unistd.h>
@@ -69,27 +69,25 @@ class Annotations {
 public:
     // The note for a trace line, by what follows its label; empty for a garbled one.
     const QByteArray& of(const QByteArray& traceLine, const Family* device, bool json) {
-        std::string key(traceLine.constData(), std::size_t(traceLine.size()));
-        key += char(json);
-        if (device)
-            key += device->name.toStdString();
-        auto it = cache.find(key);
-        if (it != cache.end())
-            return it->second;
+        QHash<QByteArray, QByteArray>& cache = caches[{device, json}];
+        const auto it = cache.constFind(traceLine); // looked up in place, copied when kept
+        if (it != cache.constEnd())
+            return *it;
         if (cache.size() > kLimit) // bounded, so that memory does not grow with the log
             cache.clear();
+        const QByteArray key(traceLine.constData(), traceLine.size());
         TracedRecord traced;
-        traced.status = parseTrace(Cursor{traceLine.constData(),
-                                          traceLine.constData() + traceLine.size()},
-                                   traced)
-                            ? TracedRecord::Read
-                            : TracedRecord::Garbled;
-        return cache[key] = traced.status == TracedRecord::Read ? build(traced, device, json)
-                                                                 : QByteArray();
+        traced.status =
+            parseTrace(Cursor{traceLine.constData(), traceLine.constData() + traceLine.size()},
+                       traced)
+                ? TracedRecord::Read
+                : TracedRecord::Garbled;
+        return cache[key] =
+                   traced.status == TracedRecord::Read ? build(traced, device, json) : QByteArray();
     }
 
 private:
-    static constexpr std::size_t kLimit = 4096;
+    static constexpr int kLimit = 4096;
 
     static QByteArray build(const TracedRecord& traced, const Family* device, bool json) {
         QVector<const Family*> searched;
@@ -139,7 +137,7 @@ private:
             .toUtf8();
     }
 
-    std::unordered_map<std::string, QByteArray> cache;
+    std::map<std::pair<const Family*, bool>, QHash<QByteArray, QByteArray>> caches;
 };
 
 } // namespace
@@ -155,25 +153,50 @@ TracedRecord readTraceLine(const QByteArray& line) {
     return traced;
 }
 
-QByteArray explainLine(const QByteArray& line, const Family* device, bool json, long long number) {
+namespace {
+
+// Writes one line as explain writes it, in pieces, through `put`.
+template <class Put>
+void annotate(const char* line, int size, const Family* device, bool json, long long number,
+              Put&& put) {
     static Annotations annotations;
-    int body = int(line.size());
+    int body = size;
     while (body > 0 && (line[body - 1] == '\n' || line[body - 1] == '\r'))
         --body;
-    const QByteArray content = QByteArray::fromRawData(line.constData(), body);
-    const QByteArray ending = line.mid(body);
+    const QByteArray content = QByteArray::fromRawData(line, body);
+    const QByteArray ending = QByteArray::fromRawData(line + body, size - body);
     const auto label = content.indexOf(kTraceLabel);
-    if (label < 0)
-        return json ? QByteArray() : line;
+    if (label < 0) {
+        if (!json)
+            put(line, size);
+        return;
+    }
     const int from = int(label + sizeof kTraceLabel - 1);
-    const QByteArray& note = annotations.of(
-        QByteArray::fromRawData(content.constData() + from, body - from), device, json);
-    const QByteArray prefix =
-        json ? "{\"line\":" + QByteArray::number(number) + ',' : QByteArray(content) + kNote;
-    if (note.isEmpty())
-        return prefix + (json ? "\"error\":\"cut or garbled trace line\"}\n"
-                              : "cut or garbled trace line" + ending);
-    return json ? prefix + note + "}\n" : prefix + note + ending;
+    const QByteArray& note =
+        annotations.of(QByteArray::fromRawData(line + from, body - from), device, json);
+    static const QByteArray garbled = "cut or garbled trace line";
+    if (json) {
+        const QByteArray prefix = "{\"line\":" + QByteArray::number(number) + ',';
+        put(prefix.constData(), prefix.size());
+        const QByteArray rest =
+            note.isEmpty() ? QByteArray("\"error\":\"" + garbled + "\"}\n") : note + "}\n";
+        put(rest.constData(), rest.size());
+        return;
+    }
+    put(line, body);
+    put(kNote, int(sizeof kNote - 1));
+    const QByteArray& said = note.isEmpty() ? garbled : note;
+    put(said.constData(), said.size());
+    put(ending.constData(), ending.size());
+}
+
+} // namespace
+
+QByteArray explainLine(const QByteArray& line, const Family* device, bool json, long long number) {
+    QByteArray written;
+    annotate(line.constData(), line.size(), device, json, number,
+             [&](const char* bytes, int size) { written.append(bytes, size); });
+    return written;
 }
 
 bool explainStream(int in, std::FILE* out, const Family* device, bool json) {
@@ -181,6 +204,9 @@ bool explainStream(int in, std::FILE* out, const Family* device, bool json) {
     std::vector<char> chunk(kChunk);
     QByteArray buffer; // the unfinished line, then the chunk read after it
     long long number = 0;
+    const auto write = [out](const char* bytes, int size) {
+        std::fwrite(bytes, 1, std::size_t(size), out);
+    };
     for (;;) {
         const ssize_t n = ::read(in, chunk.data(), chunk.size());
         if (n < 0 && errno == EINTR)
@@ -191,20 +217,14 @@ bool explainStream(int in, std::FILE* out, const Family* device, bool json) {
             break;
         buffer.append(chunk.data(), int(n));
         int start = 0;
-        for (int end; (end = int(buffer.indexOf('\n', start))) >= 0; start = end + 1) {
-            const QByteArray written =
-                explainLine(QByteArray::fromRawData(buffer.constData() + start, end + 1 - start),
-                            device, json, ++number);
-            std::fwrite(written.constData(), 1, std::size_t(written.size()), out);
-        }
+        for (int end; (end = int(buffer.indexOf('\n', start))) >= 0; start = end + 1)
+            annotate(buffer.constData() + start, end + 1 - start, device, json, ++number, write);
         buffer.remove(0, start);
         // What was read is written before waiting for more: a pipe is followed as it grows.
         std::fflush(out);
     }
-    if (!buffer.isEmpty()) { // the last line, without its line end
-        const QByteArray written = explainLine(buffer, device, json, ++number);
-        std::fwrite(written.constData(), 1, std::size_t(written.size()), out);
-    }
+    if (!buffer.isEmpty()) // the last line, without its line end
+        annotate(buffer.constData(), buffer.size(), device, json, ++number, write);
     std::fflush(out);
     return true;
 }
