@@ -90,7 +90,7 @@ void tst_catalog::calls_data() {
     row("setHdrGamma 1500 3 10.999", "7752030b00 1500");
     row("setHdrBrightFactor 1500 3 1.75", "775403014b 1500");
     row("setPreviewFontColor 2500 #1A2b3C", "791e1a2b3c 2500");
-    row("setH265FrameColor 2500 #a0B1c2", "792aa0b1c2 2500");
+    row("setH265FrameColor 2500 #a0B1cF", "792aa0b1cf 2500");
     // Dates and addresses.
     row("setBankPlayYear", "8b00001418 3000", R"({"year":2024})");
     row("setBankPlayYear", "8b00001363 3000", R"({"year":1999})");
@@ -140,6 +140,9 @@ void tst_catalog::calls_data() {
     // Only flagged containers lengthen the time-out, by their alpha time.
     row("setTakeAlphaDuetoContainer 0,1,0,0", "f03c000d00 4000 00f40101e80300dc0500d00799");
     row("setContainerAndBankArr 1000 7 1,2,3,4", "f068000600 1000 070102030411");
+    // "-" lists: one byte per number; layer byte and 16-bit width pairs up to the shorter list.
+    row("setLayerBlackWhiteEffect 1-0-257", "f043000400 3000 01000102");
+    row("setLayerMultiBlendingWidth 1-2 300-4-9", "f042000700 3000 012c0102040034");
     row("setSourceFrameInfo 900 4 {\"status\":1,\"size\":9,\"color\":\"#A1B2C3\"}",
         "f065040600 900 01a1b2c30920");
     row("setSourceFrameInfo 900 4 {}", "f065040600 900 000000000000");
@@ -282,12 +285,18 @@ void tst_catalog::outOfContract() {
     verifyRefused([&] { dal.setUserFileData(1000, 1, nullptr, 5); }, "setUserFileData", "0..0");
     verifyRefused([&] { dal.setInputPortEdid(nullptr, 1, 4, ModelTarsel()); }, "setInputPortEdid",
                   "0..0");
+    verifyRefused(
+        [&] {
+            dal.setInputPortEdid(reinterpret_cast<unsigned char*>(big.data()), 1, 1024,
+                                 ModelTarsel());
+        },
+        "setInputPortEdid", "0..1023");
     verifyRefused([&] { dal.setPreviewHip(ModelTarsel(), QByteArray(255, 'x')); }, "setPreviewHip",
                   "255-byte");
     dal.setPreviewHip(ModelTarsel(), QByteArray(254, 'x'));
     QCOMPARE(headOf(takeQueued().value(0)).toHex(), QByteArray("f02000ff00"));
     verifyRefused([&] { dal.setR4Reset(1000, 1, QByteArray(1024, 'x')); }, "setR4Reset",
-                  "1024-byte");
+                  "block of 1025 bytes exceeds the 1024-byte buffer");
     verifyRefused(
         [&] { dal.setPreviewModeSignal(1000, 1, QString("1-").repeated(16) + "17", QString()); },
         "setPreviewModeSignal", "0..16");

@@ -363,6 +363,18 @@ void tst_dialects::tunnels() {
     QFETCH(QByteArray, block);
     QFETCH(QString, record);
     QCOMPARE(describe({sendTo(device, head, block, QStringLiteral("t"))}), record);
+
+    // The public translator wraps a record exactly as the sender does.
+    model_Protocoldata rec;
+    std::copy(head.begin(), head.end(), rec.cmdHead + 2);
+    rec.arryDatablock = block;
+    rec.Datablock = QStringLiteral("t");
+    rec.timeout = 3000;
+    DalTarsel dal;
+    const bool cadex = record.startsWith(QLatin1String("f15d"));
+    QCOMPARE(describe({cadex ? dal.transformBufToQStringForCadex(rec)
+                             : dal.transformBufToQStringForVantaZ(rec)}),
+             record);
 }
 
 // A VantaZ frame and a Cadex tunnel each write one debug line under the VantaZ label: the
