@@ -82,7 +82,8 @@ public:
     }
     UtilityValues utility(const Family& family) {
         UtilityValues u;
-        u.deviceType = family.codes[gen.bounded(int(family.codes.size()))];
+        if (!family.codes.isEmpty()) // the OSD box has no device type
+            u.deviceType = family.codes[gen.bounded(int(family.codes.size()))];
         u.subType = gen.bounded(2) ? 0x2C0103 : int(gen.bounded(100));
         u.connectType = gen.bounded(256);
         u.toneVersion = gen.bounded(2) ? QStringLiteral("1.01") : QStringLiteral("2.5");
