@@ -154,6 +154,11 @@ void tst_dalctl::answers_data() {
     QTest::newRow("list, comma list")
         << QStringList{"list", "setContainerAndBankArr"} << 0 << "# banks: numbers 1,2,3"
         << "";
+    QTest::newRow("decode, a head with a block it never sends")
+        << QStringList{"decode", "00006a0300000000deadbeef"} << 1
+        << "closest: DalTarsel::getComBoardVer on native, head as sent, which sends no block; "
+           "4 more bytes here"
+        << "";
     QTest::newRow("list, JSON") << QStringList{"list", "setOsdTextForT9"} << 0
                                 << "# osd: JSON of posX posY"
                                 << "";
