@@ -75,6 +75,16 @@ private:
 
 const RouteIndex kRouteIndex;
 
+bool isTunnelled(const model_Protocoldata& rec) {
+    return rec.cmdHead[2] == 0x90 || rec.cmdHead[2] == 0x91;
+}
+
+void applyRoute(const Route& route, model_Protocoldata& rec, int device) {
+    if (const Translator translate = isTunnelled(rec) ? route.tunnel : route.other)
+        translate(rec);
+    rec.deviceType = route.tag == Own ? device : route.code;
+}
+
 // Writes the trace line into a buffer sized for the worst case, one character at a time.
 class LineWriter {
 public:
@@ -153,6 +163,11 @@ void fillHead(model_Protocoldata& rec, int cmd, int dat1, int dat2, int dat3, in
 
 } // namespace
 
+void translate::forDevice(model_Protocoldata& rec, int device) {
+    if (const Route* route = kRouteIndex.find(device))
+        applyRoute(*route, rec, device);
+}
+
 DalTarsel::DalTarsel() : QObject(nullptr) {}
 
 void DalTarsel::addToQueue(model_Protocoldata rec) {
@@ -216,17 +231,14 @@ void DalTarsel::f_SendCmd(int timeout, int cmd, int dat1, int dat2, int dat3, in
 
     const int device = Utility_Manage::getDeviceType();
     if (const Route* route = kRouteIndex.find(device)) {
-        const bool tunnel = rec.cmdHead[2] == 0x90 || rec.cmdHead[2] == 0x91;
-        if (tunnel && route->longest && rec.arryDatablock.size() > route->longest) {
+        if (isTunnelled(rec) && route->longest && rec.arryDatablock.size() > route->longest) {
             qWarning().noquote() << QStringLiteral("---addToQueue----refused: data block of %1 "
                                                    "bytes, the frame takes at most %2")
                                         .arg(rec.arryDatablock.size())
                                         .arg(route->longest);
             return;
         }
-        if (const Translator translate = tunnel ? route->tunnel : route->other)
-            translate(rec);
-        rec.deviceType = route->tag == Own ? device : route->code;
+        applyRoute(*route, rec, device);
     }
 
     trace(rec);

@@ -20,4 +20,9 @@ void vm6sFramed(model_Protocoldata& rec);
 void vantaz(model_Protocoldata& rec);
 void cadex(model_Protocoldata& rec);
 
+// What the generic send makes of a native record for `device`: its family's translation (the
+// tunnel's under CMD 0x90 and 0x91) and tag, without the refusal of a block too long for the
+// family's frame. A device without a family keeps the record as it is.
+void forDevice(model_Protocoldata& rec, int device);
+
 } // namespace translate

@@ -22,42 +22,11 @@ namespace engine::detail {
 
 namespace {
 
-// ---- the families' translations, as the generic send applies them ------------------------------
-
-using Translator = void (*)(model_Protocoldata&);
-enum Tag { Code, Own };
-
-struct Translation {
-    QString family;
-    Translator other;
-    Translator tunnel;
-};
-
-const Translation* translationOf(const Family& family) {
-    static const QVector<Translation> all = [] {
-        using namespace translate;
-        QVector<Translation> list;
-#define DAL_FAMILY(name, cls, form, code, tag, other, tunnel, longest, ...)                        \
-    list << Translation{QStringLiteral(#name), other, tunnel};
-#include "families.def"
-        return list;
-    }();
-    for (const Translation& t : all)
-        if (t.family == family.name)
-            return &t;
-    return nullptr;
-}
-
 // A record the native family was sent, as the family's device would have been sent it. The
 // utility's values the translation reads must be those of the record's call.
 model_Protocoldata translated(model_Protocoldata rec, const Family& family) {
-    const Translation* t = translationOf(family);
-    if (!t || rec.deviceType != family::native)
-        return rec;
-    const bool tunnel = rec.cmdHead[2] == 0x90 || rec.cmdHead[2] == 0x91;
-    if (const Translator translate = tunnel ? t->tunnel : t->other)
-        translate(rec);
-    rec.deviceType = family.code;
+    if (rec.deviceType == family::native)
+        translate::forDevice(rec, family.code);
     return rec;
 }
 
