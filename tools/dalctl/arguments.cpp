@@ -92,12 +92,12 @@ QJsonObject parseJsonObject(const QString& text) {
 
 // Numbers between separators; an empty text is no numbers. A dash list has no room for a
 // minus sign, so its numbers are whole and not negative.
-QVector<int> parseNumbers(const QString& text, QChar separator) {
+QVector<int> parseNumbers(const QString& text, Kind kind) {
     QVector<int> numbers;
     if (text.isEmpty())
         return numbers;
-    const bool dashes = separator == QLatin1Char('-');
-    for (const QString& item : text.split(separator)) {
+    const bool dashes = kind == Kind::DashNumbers;
+    for (const QString& item : text.split(QLatin1Char(separatorOf(kind)))) {
         try {
             numbers << static_cast<int>(
                 parseInteger(item.trimmed(), dashes ? 0 : INT_MIN, INT_MAX));

@@ -51,7 +51,10 @@ double parseDecimal(const QString& text);
 bool parseBool(const QString& text);
 QByteArray parseHex(const QString& text);
 QJsonObject parseJsonObject(const QString& text);
-QVector<int> parseNumbers(const QString& text, QChar separator);
+// The separator of a list kind's words: ',' for Numbers, '-' for DashNumbers.
+constexpr char separatorOf(Kind kind) { return kind == Kind::DashNumbers ? '-' : ','; }
+// The numbers of a list of `kind`, Numbers or DashNumbers.
+QVector<int> parseNumbers(const QString& text, Kind kind);
 
 template <class P>
 using ValueOf = std::remove_cv_t<std::remove_reference_t<P>>;
@@ -187,7 +190,7 @@ struct Holder<P, std::enable_if_t<std::is_same_v<P, int*>>> : Plain {
     static constexpr long long max = std::numeric_limits<int>::max();
     QVector<int> values;
     void parse(const QString& text, Models&) {
-        values = parseNumbers(text, QLatin1Char(','));
+        values = parseNumbers(text, kind);
         values.resize(std::max<int>(values.size(), kIntArrayReserve));
     }
     int* get() { return values.data(); }

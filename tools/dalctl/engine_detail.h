@@ -29,8 +29,6 @@ Run runCall(const Call& call);
 // The values a call reads besides model members: its arguments (list arguments element by
 // element, JSON arguments member by member) and the utility's values.
 QVector<Variable> variablesOf(const Call& call);
-// The separator of a list argument's words: ',' or '-'.
-QChar separatorOf(args::Kind kind);
 // An element of a list argument past the list's end, which reads as zero.
 bool pastTheEnd(const Call& call, const Variable& v);
 

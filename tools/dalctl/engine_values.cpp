@@ -138,18 +138,11 @@ QString Variable::name(const Operation& op) const {
     return QString();
 }
 
-namespace detail {
-
-QChar separatorOf(args::Kind kind) {
-    return kind == args::Kind::DashNumbers ? QLatin1Char('-') : QLatin1Char(',');
-}
-
-} // namespace detail
-
 namespace {
 
-QStringList elementsOf(const QString& word, QChar separator) {
-    return word.isEmpty() ? QStringList() : word.split(separator);
+// The words of a list argument's elements.
+QStringList elementsOf(const QString& word, args::Kind kind) {
+    return word.isEmpty() ? QStringList() : word.split(QLatin1Char(args::separatorOf(kind)));
 }
 
 QJsonObject objectOf(const QString& word) {
@@ -171,11 +164,10 @@ QString valueOf(const Call& call, const Variable& v) {
     case Variable::Argument:
         return word;
     case Variable::Element:
-        return elementsOf(word, detail::separatorOf(call.op->arguments[v.argument].kind))
+        return elementsOf(word, call.op->arguments[v.argument].kind)
             .value(v.index, QStringLiteral("0"));
     case Variable::Length:
-        return QString::number(
-            elementsOf(word, detail::separatorOf(call.op->arguments[v.argument].kind)).size());
+        return QString::number(elementsOf(word, call.op->arguments[v.argument].kind).size());
     case Variable::Member: {
         const QJsonValue member = objectOf(word).value(v.path);
         return member.isString() ? member.toString()
@@ -203,8 +195,8 @@ bool assign(Call& call, const Variable& v, const QString& value) {
         return true;
     case Variable::Element:
     case Variable::Length: {
-        const QChar separator = detail::separatorOf(call.op->arguments[v.argument].kind);
-        QStringList elements = elementsOf(word, separator);
+        const args::Kind kind = call.op->arguments[v.argument].kind;
+        QStringList elements = elementsOf(word, kind);
         if (v.where == Variable::Length) {
             const int size = value.toInt();
             if (size < 0)
@@ -217,7 +209,7 @@ bool assign(Call& call, const Variable& v, const QString& value) {
                 elements << QStringLiteral("0");
             elements[v.index] = value;
         }
-        word = elements.join(separator);
+        word = elements.join(QLatin1Char(args::separatorOf(kind)));
         return true;
     }
     case Variable::Member: {
@@ -237,8 +229,7 @@ namespace detail {
 bool pastTheEnd(const Call& call, const Variable& v) {
     return v.where == Variable::Element &&
            v.index >=
-               elementsOf(call.words[v.argument], separatorOf(call.op->arguments[v.argument].kind))
-                   .size();
+               elementsOf(call.words[v.argument], call.op->arguments[v.argument].kind).size();
 }
 
 QVector<Variable> variablesOf(const Call& call) {
@@ -251,8 +242,7 @@ QVector<Variable> variablesOf(const Call& call) {
         case args::Kind::DashNumbers: {
             // The elements the call may read, beyond those given: a list reads zeros past its
             // end, or is zero-padded.
-            const int count =
-                std::max(int(elementsOf(call.words[i], separatorOf(p.kind)).size()), 16);
+            const int count = std::max(int(elementsOf(call.words[i], p.kind).size()), 16);
             all << Variable{Variable::Length, i, -1, QString(), args::Kind::Integer, 0, 1024};
             for (int e = 0; e < count; ++e)
                 all << Variable{Variable::Element,

@@ -168,7 +168,7 @@ QStringList jsonMembersOf(const QString& name) {
 void checkWords(const Operation& op, const QStringList& words) {
     for (int i = 0; i < op.arguments.size() && i < words.size(); ++i) {
         if (op.arguments[i].kind == args::Kind::DashNumbers)
-            args::parseNumbers(words[i], QLatin1Char('-'));
+            args::parseNumbers(words[i], args::Kind::DashNumbers);
         if (op.arguments[i].kind != args::Kind::Json)
             continue;
         for (const QString& key : args::parseJsonObject(words[i]).keys())
