@@ -275,24 +275,17 @@ int runOperation(Context& c) {
     } catch (const UsageError& e) {
         return badInput(QString::fromStdString(e.what()), e.usage);
     }
-    const Family* family = given;
-    if (!family)
-        for (const Family& f : families())
-            if (f.className == op->className) {
-                family = &f;
-                break;
-            }
-    if (family->className != op->className)
-        return badInput(
-            QStringLiteral("%1 is an operation of %2, which never sends to the %3 family; "
-                           "its families: %4")
-                .arg(op->qualifiedName(), op->className, family->name, [&] {
-                    QStringList names;
-                    for (const Family& f : families())
-                        if (f.className == op->className)
-                            names << f.name;
-                    return names.join(QStringLiteral(", "));
-                }()));
+    const QVector<const Family*> own = familiesOf(op->className);
+    const Family* family = given ? given : own.first();
+    if (!own.contains(family)) {
+        QStringList names;
+        for (const Family* f : own)
+            names << f->name;
+        return badInput(QStringLiteral("%1 is an operation of %2, which never sends to the %3 "
+                                       "family; its families: %4")
+                            .arg(op->qualifiedName(), op->className, family->name,
+                                 names.join(QStringLiteral(", "))));
+    }
     Call call;
     call.op = op;
     call.words = c.words;
@@ -317,7 +310,7 @@ int runRawCommand(Context& c) {
         return badInput(error);
     if (!family)
         family = &families().first();
-    if (family->className != QLatin1String("DalTarsel"))
+    if (!family->routed())
         return badInput(QStringLiteral("raw sends through DalTarsel::f_SendCmd, which never sends "
                                        "to the %1 family")
                             .arg(family->name));
@@ -396,7 +389,7 @@ int runExplain(Context& c) {
     const Family* family = deviceOption(c.parser, error);
     if (!error.isEmpty())
         return badInput(error);
-    if (family && family->className != QLatin1String("DalTarsel"))
+    if (family && !family->routed())
         return badInput(
             QStringLiteral("trace lines come from DalTarsel's families, not %1").arg(family->name));
     if (c.words.size() > 1)

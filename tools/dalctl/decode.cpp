@@ -16,14 +16,6 @@ constexpr int kShownText = 120;
 const QByteArray kFrameStart = QByteArray::fromHex("680000000168");
 const QByteArray kOsdMarker = QByteArray::fromHex("00fedc");
 
-QVector<const Family*> familiesWhere(const std::function<bool(const Family&)>& keep) {
-    QVector<const Family*> found;
-    for (const Family& f : families())
-        if (keep(f))
-            found << &f;
-    return found;
-}
-
 // The families a record of unknown family may have gone to: the one given, or each family
 // of the classes that queue records of that kind.
 QVector<const Family*> searched(const Family* device,
@@ -32,7 +24,6 @@ QVector<const Family*> searched(const Family* device,
 }
 
 bool sendsHeads(const Family& f) { return f.form != Form::Osd; }
-bool routed(const Family& f) { return f.className == QLatin1String("DalTarsel"); }
 bool sendsTexts(const Family& f) { return f.form == Form::Text || f.form == Form::Frame; }
 
 // The family a record's device type names, or the native family for one that names none.
@@ -215,7 +206,7 @@ private:
             return fail(item.what + QStringLiteral(" is cut or garbled"));
         item.readings << reading(QStringLiteral("trace"),
                                  engine::traceLine(traced.head, traced.block, traced.text),
-                                 searched(device, routed));
+                                 searched(device, &Family::routed));
         traces << item;
         return true;
     }

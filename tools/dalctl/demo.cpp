@@ -29,7 +29,7 @@ void printDemo(QTextStream& out) {
     for (const DemoRequest& request : kRequests) {
         out << request.title << ": dalctl " << request.call.join(QLatin1Char(' ')) << '\n';
         for (const Family& family : families()) {
-            if (family.className != QLatin1String("DalTarsel"))
+            if (!family.routed())
                 continue;
             UtilityValues utility;
             utility.deviceType = family.code;

@@ -71,9 +71,8 @@ QJsonObject operationOf(const Operation& op) {
             {QStringLiteral("written"), QLatin1String(args::infoOf(op.arguments[i].kind).written)},
             {QStringLiteral("sample"), sample[i]}};
     QJsonArray results;
-    for (const Family& family : families())
-        if (family.className == op.className)
-            results << resultOf(op, family);
+    for (const Family* family : familiesOf(op.className))
+        results << resultOf(op, *family);
     return {{QStringLiteral("class"), op.className},
             {QStringLiteral("name"), op.name},
             {QStringLiteral("signature"), op.usage()},

@@ -444,13 +444,9 @@ QString Answer::text() const {
 QString Answer::device() const {
     // The keyboard's class sends its probes to other families: it is run as the keyboard.
     if (call.op->className != family->className)
-        for (const Family& f : families())
-            if (f.className == call.op->className)
-                return f.name;
+        return familiesOf(call.op->className).first()->name;
     const int code = call.utility.deviceType;
-    return code == family->code || call.op->className != QLatin1String("DalTarsel")
-               ? family->name
-               : deviceCodeText(code);
+    return code == family->code || !family->routed() ? family->name : deviceCodeText(code);
 }
 
 QString Answer::replay() const {

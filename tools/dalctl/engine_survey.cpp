@@ -193,7 +193,7 @@ public:
         if (!list.isEmpty())
             return list;
         const Quiet quiet;
-        const bool tarsel = family.className == QLatin1String("DalTarsel");
+        const bool tarsel = family.routed();
         for (const Operation& op : operations()) {
             if (op.className != family.className || !explainable(op))
                 continue;
@@ -361,10 +361,9 @@ QVector<Candidate> candidatesFor(const Target& target, const Family& family) {
     const Quiet quiet;
     // The keyboard's class also sends the device search's probes to the processor families.
     QVector<Entry> entries = surveys().of(family);
-    if (family.className == QLatin1String("DalTarsel"))
-        for (const Family& f : families())
-            if (f.className == QLatin1String("Dal_Pommet"))
-                entries += surveys().of(f);
+    if (family.routed())
+        for (const Family* f : familiesOf(QStringLiteral("Dal_Pommet")))
+            entries += surveys().of(*f);
     for (const Entry& entry : entries) {
         const OperationSurvey& s = *entry.survey;
         for (const QVector<int>& branch : s.branches) {
@@ -440,7 +439,7 @@ QVector<Candidate> candidatesFor(const Target& target, const Family& family) {
                     }
                 }
                 Call start = s.runs[closest].call;
-                if (s.op->className == QLatin1String("DalTarsel"))
+                if (family.routed() && s.op->className == family.className)
                     start.utility.deviceType = deviceOf(target, family);
                 found << Candidate{s.op, start, k};
             }

@@ -90,10 +90,8 @@ private:
     static constexpr int kLimit = 4096;
 
     static QByteArray build(const TracedRecord& traced, const Family* device, bool json) {
-        QVector<const Family*> searched;
-        for (const Family& f : families())
-            if (f.className == QLatin1String("DalTarsel") && (!device || &f == device))
-                searched << &f;
+        const QVector<const Family*> searched =
+            familiesWhere([&](const Family& f) { return f.routed() && (!device || &f == device); });
         const engine::Result result =
             engine::prove(engine::traceLine(traced.head, traced.block, traced.text), searched);
         if (json) {

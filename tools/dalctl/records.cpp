@@ -33,6 +33,18 @@ QStringList familyNames() {
     return names;
 }
 
+QVector<const Family*> familiesWhere(const std::function<bool(const Family&)>& keep) {
+    QVector<const Family*> found;
+    for (const Family& f : families())
+        if (keep(f))
+            found << &f;
+    return found;
+}
+
+QVector<const Family*> familiesOf(const QString& className) {
+    return familiesWhere([&](const Family& f) { return f.className == className; });
+}
+
 const Family* familyOfCode(int deviceType) {
     for (const Family& f : families())
         if (f.codes.contains(deviceType))
@@ -40,15 +52,25 @@ const Family* familyOfCode(int deviceType) {
     return nullptr;
 }
 
+namespace {
+
+// A device-type code written in decimal or 0x-hex; 0 for anything else.
+int codeIn(const QString& text) {
+    bool ok = false;
+    const qlonglong code = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
+                               ? text.mid(2).toLongLong(&ok, 16)
+                               : text.toLongLong(&ok, 10);
+    return ok && code > 0 && code <= 0x7FFFFFFF ? int(code) : 0;
+}
+
+} // namespace
+
 const Family* familyOf(const QString& nameOrCode) {
     for (const Family& f : families())
         if (nameOrCode.compare(f.name, Qt::CaseInsensitive) == 0)
             return &f;
-    bool ok = false;
-    const qlonglong code = nameOrCode.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
-                               ? nameOrCode.mid(2).toLongLong(&ok, 16)
-                               : nameOrCode.toLongLong(&ok, 10);
-    return ok && code > 0 && code <= 0x7FFFFFFF ? familyOfCode(int(code)) : nullptr;
+    const int code = codeIn(nameOrCode);
+    return code ? familyOfCode(code) : nullptr;
 }
 
 QString familyName(int deviceType) {

@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
+
 // ---- device families, as the library's list names them -----------------------------------------
 
 // What a family's records carry: the native head and block, a dialect text, VM6S frames, or
@@ -20,11 +22,18 @@ struct Family {
     Form form;
     int code;           // the device type dalctl sets for it and shows
     QVector<int> codes; // every device type of the family, `code` first
+
+    // Whether the generic send routes to it: DalTarsel's families.
+    bool routed() const { return className == QLatin1String("DalTarsel"); }
 };
 
 // Every family, in the list's order.
 const QVector<Family>& families();
 QStringList familyNames();
+// The families `keep` keeps, in the list's order.
+QVector<const Family*> familiesWhere(const std::function<bool(const Family&)>& keep);
+// The families whose records `className` queues.
+QVector<const Family*> familiesOf(const QString& className);
 // The family of a name (any case) or a device-type code in decimal or 0x-hex; null when there
 // is none.
 const Family* familyOf(const QString& nameOrCode);
