@@ -128,6 +128,9 @@ void tst_dalctl::answers_data() {
     QTest::newRow("family by code, option last")
         << QStringList{"getComBoardVer", "--device", "0x250400"} << 0 << "device 0x250400 (T3)"
         << "";
+    QTest::newRow("family by decimal code, leading zero")
+        << QStringList{"--device", "02425616", "getComBoardVer"} << 0 << "device 0x250310 (T3)"
+        << "";
     QTest::newRow("negative number is a value")
         << QStringList{"f_RGBtoInt", "-1", "2", "3"} << 0 << "returned: -65021 (0xffff0203)"
         << "";

@@ -183,10 +183,7 @@ const Family* deviceOption(const QCommandLineParser& parser, QString& error) {
 bool utilityFrom(const QCommandLineParser& parser, const Family& family, UtilityValues& u,
                  QString& error) {
     u = UtilityValues();
-    const QString given = parser.value(QStringLiteral("device"));
-    bool ok = false;
-    const int code = given.toInt(&ok, 0);
-    u.deviceType = ok ? code : family.code;
+    u.deviceType = deviceCodeOf(family, parser.value(QStringLiteral("device")));
     for (const UtilityOption& o : utilityOptions()) {
         const QString value = parser.isSet(QLatin1String(o.option))
                                   ? parser.value(QLatin1String(o.option))

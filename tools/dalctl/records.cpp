@@ -73,6 +73,11 @@ const Family* familyOf(const QString& nameOrCode) {
     return code ? familyOfCode(code) : nullptr;
 }
 
+int deviceCodeOf(const Family& family, const QString& nameOrCode) {
+    const int code = codeIn(nameOrCode);
+    return code ? code : family.code;
+}
+
 QString familyName(int deviceType) {
     const Family* f = familyOfCode(deviceType);
     return f ? f->name : QStringLiteral("unknown");

@@ -37,6 +37,8 @@ QVector<const Family*> familiesOf(const QString& className);
 // The family of a name (any case) or a device-type code in decimal or 0x-hex; null when there
 // is none.
 const Family* familyOf(const QString& nameOrCode);
+// The device type a --device word names for its family: the code it gives, else the family's.
+int deviceCodeOf(const Family& family, const QString& nameOrCode);
 // The family whose records carry `deviceType`; null for a code no family has.
 const Family* familyOfCode(int deviceType);
 // The family name of a record's device type, "unknown" for a code no family has.
