@@ -313,6 +313,7 @@ void tst_proof::changedMemberComesBack_data() {
     QTest::newRow("scene, a later layer") << "setSceneDate 2" << 20;
     QTest::newRow("layer") << "setLayerDate 1 2" << 3;
     QTest::newRow("user setting, 32 bits") << "setUserSetting" << 2;
+    QTest::newRow("output property, in a list of lists") << "setCurrSceneLayerXYWHR 1 2" << 5;
 }
 
 void tst_proof::changedMemberComesBack() {
@@ -362,6 +363,8 @@ void tst_proof::changedMemberComesBack() {
     const long long moved = found->mid(prefix.size()).toLongLong() - named.value.toLongLong();
     QVERIFY2(moved == step || moved == 256 * step,
              qPrintable(*found + QStringLiteral(", was ") + named.value));
+    // Its JSON, model included, replays the changed record.
+    QCOMPARE(run(replayed(after->json())).records.value(0).arryDatablock.toHex(), changed.toHex());
 }
 
 QTEST_GUILESS_MAIN(tst_proof)

@@ -436,13 +436,12 @@ QJsonValue sparseJson(const T& value, const QStringList& paths) {
                 if (step.ok && step.index == i)
                     below << step.rest.toString();
             }
+            // A scalar entry is written whole; a record or a list only where the paths reach.
             using Entry = Bare<decltype(value[i])>;
-            if (!below.isEmpty() && node == Node::List && nodeOf<Entry>() == Node::Struct)
-                array << sparseJson(value[i], below);
-            else if (node == Node::Array || nodeOf<Entry>() != Node::Struct)
-                array << sparseJson(value[i], QStringList{QString()});
+            if constexpr (nodeOf<Entry>() >= Node::Number)
+                array << scalarJson(value[i]);
             else
-                array << QJsonObject();
+                array << sparseJson(value[i], below);
         }
         return array;
     } else {
