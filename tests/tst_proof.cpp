@@ -198,12 +198,6 @@ bool found(const Decoded& d, const Call& call, int index, const engine::Target& 
     return false;
 }
 
-Call sampleCall(const Operation& op, const Family& family) {
-    Call c{&op, op.sampleWords(), Models::defaults(), UtilityValues()};
-    c.utility.deviceType = family.code;
-    return c;
-}
-
 struct Input {
     QString name;
     QByteArray input;
@@ -278,7 +272,7 @@ void tst_proof::roundTrip() {
         Outcome outcome;
         QStringList traced;
         for (int attempt = 0; attempt < 6 && outcome.empty(); ++attempt) {
-            call = attempt < 5 ? random.call(op, f, attempt > 2) : sampleCall(op, f);
+            call = attempt < 5 ? random.call(op, f, attempt > 2) : sampleCall(op, f.code);
             MessageCapture capture;
             try {
                 outcome = run(call);

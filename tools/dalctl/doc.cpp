@@ -37,12 +37,7 @@ QJsonObject resultOf(const Operation& op, const Family& family) {
             records << record;
         }
     }
-    Call call;
-    call.op = &op;
-    call.words = op.sampleWords();
-    static const Models defaults = Models::defaults(); // building them costs more than a call
-    call.models = defaults;
-    call.utility.deviceType = family.code;
+    const Call call = sampleCall(op, family.code);
     try {
         const Outcome outcome = run(call);
         returned = outcome.returned;

@@ -29,9 +29,8 @@ QVector<Part> recordParts(const Run& run, const Target& shape, int k) {
 
 // The value dalctl gives a model member or utility value that no option or --model sets.
 QString defaultOf(const Variable& v) {
-    static const Models defaults = Models::defaults();
     if (v.where == Variable::Model)
-        return members::get(defaults, v.path);
+        return members::get(Models::defaults(), v.path);
     for (const UtilityOption& o : utilityOptions())
         if (v.where == Variable::Utility && v.path == QLatin1String(o.option))
             return QLatin1String(o.byDefault);
@@ -409,10 +408,9 @@ QStringList Answer::options() const {
 
 QJsonObject Answer::model() const {
     // What the built-in models hold already need not be given.
-    static const Models defaults = Models::defaults();
     QStringList changed;
     for (const QString& path : modelPaths)
-        if (members::get(call.models, path) != members::get(defaults, path))
+        if (members::get(call.models, path) != members::get(Models::defaults(), path))
             changed << path;
     return members::json(call.models, changed);
 }
@@ -572,7 +570,7 @@ Result prove(const Target& target, const QVector<const Family*>& families) {
 QVector<SampleRecord> sampleRecords(const Operation& op, const Family& family) {
     QVector<SampleRecord> records;
     const Quiet quiet;
-    const Call call = baseCall(op, family);
+    const Call call = sampleCall(op, family.code);
     const Run run = runCall(call);
     for (int k = 0; run.ok && k < run.count(false) + run.count(true); ++k) {
         const bool osd = k >= run.count(false);

@@ -32,10 +32,6 @@ QVector<Variable> variablesOf(const Call& call);
 // An element of a list argument past the list's end, which reads as zero.
 bool pastTheEnd(const Call& call, const Variable& v);
 
-// The base call of an operation on a family: its sample words, the built-in models, the
-// family's device type.
-Call baseCall(const Operation& op, const Family& family);
-
 // ---- shapes: where each value lands in one record
 // -------------------------------------------------
 
@@ -102,8 +98,6 @@ public:
     bool solve();
     long long distanceNow() const;
     const Call& result() const { return call; }
-    // The values the call reads: its own, and the model members found to reach its records.
-    const QVector<Variable>& values() const { return variables; }
 
 private:
     bool fixLengths();
@@ -113,7 +107,6 @@ private:
     Call call;
     const Target& target;
     int k;
-    QVector<Variable> own;
     QVector<Variable> variables;
 };
 

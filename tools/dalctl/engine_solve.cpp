@@ -84,7 +84,6 @@ struct Captures {
     QVector<QByteArray> pieces; // each binary piece
     QStringList texts;          // of text pieces, in order
     bool operator==(const Captures& o) const { return bytes == o.bytes && texts == o.texts; }
-    bool empty() const { return bytes.isEmpty() && texts.isEmpty(); }
 };
 
 bool reaches(const Piece& piece, int i, bool alone) {
@@ -936,8 +935,7 @@ bool Solver::solve() {
         if (distance(runCall(call), target, k) == 0)
             return true;
         bool changed = fixLengths();
-        own = variablesOf(call); // a list's elements follow its length
-        variables = own;
+        variables = variablesOf(call); // a list's elements follow its length
         if (!call.op->modelRecords().isEmpty())
             variables += modelMembers(call, target);
         changed |= solveRound();
@@ -948,14 +946,13 @@ bool Solver::solve() {
 }
 
 Solver::Solver(const Call& start, const Target& target, int k)
-    : call(start), target(target), k(k), own(variablesOf(start)) {
+    : call(start), target(target), k(k), variables(variablesOf(start)) {
     // A text or bytes value that is empty would land nowhere: give it something to show.
-    for (const Variable& v : own)
+    for (const Variable& v : variables)
         if ((v.kind == args::Kind::Text || v.kind == args::Kind::Bytes) &&
             v.where != Variable::Utility && valueOf(call, v).isEmpty())
             assign(call, v,
                    v.kind == args::Kind::Text ? QStringLiteral("ab") : QStringLiteral("0a0b"));
-    variables = own;
 }
 
 long long Solver::distanceNow() const { return distance(runCall(call), target, k); }

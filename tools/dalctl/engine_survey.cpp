@@ -122,7 +122,7 @@ UtilityValues changedUtility(const UtilityValues& from, const QString& number,
 OperationSurvey survey(const Operation& op, const Family& family) {
     OperationSurvey s;
     s.op = &op;
-    const Call base = baseCall(op, family);
+    const Call base = sampleCall(op, family.code);
     QHash<QByteArray, int> branchOf;
     auto add = [&](const Call& call) {
         const Run r = runCall(call);
@@ -223,11 +223,11 @@ private:
         const Family& native = families().first();
         if (&family == &native)
             return true;
-        const Run there = runCall(baseCall(op, family));
-        const Run here = runCall(baseCall(op, native));
+        const Run there = runCall(sampleCall(op, family.code));
+        const Run here = runCall(sampleCall(op, native.code));
         if (there.ok != here.ok || there.outcome.records.size() != here.outcome.records.size())
             return false;
-        applyUtility(baseCall(op, family).utility);
+        applyUtility(sampleCall(op, family.code).utility);
         for (int k = 0; k < here.outcome.records.size(); ++k) {
             const model_Protocoldata a = translated(here.outcome.records[k], family);
             const model_Protocoldata& b = there.outcome.records[k];

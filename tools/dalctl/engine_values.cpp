@@ -280,16 +280,6 @@ QVector<Variable> variablesOf(const Call& call) {
     return all;
 }
 
-Call baseCall(const Operation& op, const Family& family) {
-    Call call;
-    call.op = &op;
-    call.words = op.sampleWords();
-    static const Models defaults = Models::defaults();
-    call.models = defaults;
-    call.utility.deviceType = family.code;
-    return call;
-}
-
 } // namespace detail
 
 bool explainable(const Operation& op) {

@@ -658,7 +658,9 @@ void fillKeys(QVector<_KeyParam>& keys, int kind) {
 
 } // namespace
 
-Models Models::defaults() {
+namespace {
+
+Models builtIn() {
     Models m;
     m.tarsel.timeout = kDefaultTimeout;
     m.tarsel.maxOutputCount = kCount;
@@ -721,6 +723,13 @@ Models Models::defaults() {
     }
     addBlockDefaults(m);
     return m;
+}
+
+} // namespace
+
+const Models& Models::defaults() {
+    static const Models built = builtIn(); // building them costs more than a call
+    return built;
 }
 
 QString Models::apply(const QByteArray& text) {

@@ -22,7 +22,7 @@ struct Models {
     // The keyboard's fixed label length, a static member of its record: set before each call.
     int oledLength = 4;
 
-    static Models defaults();
+    static const Models& defaults();
     // Applies {"ModelScene": {...}, ...}: whole records or any part of them, lists included (a
     // list given holds as many entries as its array, each starting from the entry it replaces),
     // or {"member": value} for every record with that top-level member. Returns an error text,

@@ -114,13 +114,9 @@ namespace registry_detail {
 QString describeResult(int value) {
     return QStringLiteral("%1 (0x%2)").arg(value).arg(QString::number(uint(value), 16));
 }
-QString describeResult(bool value) {
-    return value ? QStringLiteral("true") : QStringLiteral("false");
-}
 QString describeResult(const QByteArray& value) {
     return QStringLiteral("%1 bytes: %2").arg(value.size()).arg(QString::fromLatin1(value.toHex()));
 }
-QString describeResult(const QString& value) { return QLatin1Char('"') + value + QLatin1Char('"'); }
 QString describeResult(const model_Protocoldata& value) {
     return QLatin1Char('\n') + recordText(value, 1);
 }

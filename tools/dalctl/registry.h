@@ -61,9 +61,7 @@ QStringList closestNames(const QString& name, int count);
 namespace registry_detail {
 
 QString describeResult(int value);
-QString describeResult(bool value);
 QString describeResult(const QByteArray& value);
-QString describeResult(const QString& value);
 QString describeResult(const model_Protocoldata& value);
 QStringList splitParameters(const QString& params);
 // Name and declared type of each parameter in a declaration's list.

@@ -120,6 +120,12 @@ const QVector<UtilityOption>& utilityOptions() {
     return options;
 }
 
+Call sampleCall(const Operation& op, int deviceType) {
+    Call call{&op, op.sampleWords(), Models::defaults(), UtilityValues()};
+    call.utility.deviceType = deviceType;
+    return call;
+}
+
 Outcome run(const Call& call) {
     Models models = call.models;
     Model_PommetParam::gOledLength = models.oledLength;

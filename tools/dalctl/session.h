@@ -63,6 +63,9 @@ struct Call {
     UtilityValues utility;
 };
 
+// An operation's sample call on a device of `deviceType`: its sample words, the built-in models.
+Call sampleCall(const Operation& op, int deviceType);
+
 // Runs the call against the library with the link up. Throws ArgError on a bad word.
 Outcome run(const Call& call);
 // Sets what the utility library reports, as a call does before it runs.

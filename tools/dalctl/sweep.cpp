@@ -4,18 +4,13 @@
 #include "session.h"
 
 void printSweep(QTextStream& out, const Family* only) {
-    const Models models = Models::defaults();
     for (const Family& family : families()) {
         if (only && &family != only)
             continue;
         for (const Operation& op : operations()) {
             if (op.className != family.className)
                 continue;
-            Call call;
-            call.op = &op;
-            call.words = op.sampleWords();
-            call.models = models;
-            call.utility.deviceType = family.code;
+            const Call call = sampleCall(op, family.code);
             out << "== " << family.name << ": " << op.qualifiedName() << ' '
                 << call.words.join(QLatin1Char(' ')) << Qt::endl;
             Outcome outcome;
