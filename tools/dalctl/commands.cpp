@@ -325,7 +325,7 @@ int runRawCommand(Context& c) {
             runRaw(c.words, int(timeout), c.parser.value(QStringLiteral("text")), u),
             c.parser.isSet(QStringLiteral("json")));
     } catch (const UsageError& e) {
-        return badInput(QString::fromStdString(e.what()), e.usage);
+        return badInput(QString::fromStdString(e.what()), usageOf(rowOf(c.command)));
     }
 }
 

@@ -24,6 +24,7 @@ QVector<const Family*> searched(const Family* device,
 }
 
 bool sendsHeads(const Family& f) { return f.form != Form::Osd; }
+bool sendsOsd(const Family& f) { return f.form == Form::Osd; }
 bool sendsTexts(const Family& f) { return f.form == Form::Text || f.form == Form::Frame; }
 
 // The family a record's device type names, or the native family for one that names none.
@@ -38,12 +39,6 @@ QString shown(const QString& text) {
 
 // ---- the input's records
 // ---------------------------------------------------------------------------
-
-// One record of the input, before it is decoded.
-struct Item {
-    QString what;
-    QVector<Reading> readings;
-};
 
 Reading reading(const QString& label, const engine::Target& target,
                 const QVector<const Family*>& families) {
@@ -62,7 +57,7 @@ public:
 
     // The records of a printout, its JSON lines and its trace lines; false with `error` set
     // when one is cut or garbled. `stray` names a line that looks like JSON and is no record.
-    bool read(QVector<Item>& items, QVector<Item>& traces, QString& error, QString& stray) {
+    bool read(QVector<Answer>& items, QVector<Answer>& traces, QString& error, QString& stray) {
         for (at = 0; at < lines.size(); ++at) {
             const QString line = lines[at].trimmed();
             bool ok = true;
@@ -95,7 +90,7 @@ private:
 
     // A record whose device is known is decoded on that family alone; one that names no family
     // (the device search's first probes) on the native family, which sends records unchanged.
-    bool known(Item& item, int deviceType) {
+    bool known(Answer& item, int deviceType) {
         const Family* family = familyOfCode(deviceType);
         if (!family)
             family = &families().first();
@@ -108,13 +103,13 @@ private:
         return true;
     }
 
-    bool readRecord(QVector<Item>& items) {
+    bool readRecord(QVector<Answer>& items) {
         const int first = at;
         PrintedRecord read;
         QString error;
         if (!::readRecord(lines, at, read, error))
             return fail(error);
-        Item item;
+        Answer item;
         if (!read.deviceKnown) {
             item.what = QStringLiteral("head (line %1)").arg(first + 1);
             // A head line alone says the head, and what of the record follows it.
@@ -138,7 +133,7 @@ private:
         return true;
     }
 
-    bool readOsd(QVector<Item>& items) {
+    bool readOsd(QVector<Answer>& items) {
         const int first = at;
         int number = 0;
         model_OsdParam rec;
@@ -148,15 +143,14 @@ private:
         if (device && device->form != Form::Osd)
             return fail(where(QStringLiteral("OSD record %1").arg(number)) +
                         QStringLiteral(" went to the OSD box, not %1").arg(device->name));
-        Item item{QStringLiteral("OSD record %1 (line %2)").arg(number).arg(first + 1), {}};
-        item.readings << reading(
-            QStringLiteral("OSD record"), engine::wholeRecord(rec),
-            familiesWhere([](const Family& f) { return f.form == Form::Osd; }));
+        Answer item{QStringLiteral("OSD record %1 (line %2)").arg(number).arg(first + 1), {}};
+        item.readings << reading(QStringLiteral("OSD record"), engine::wholeRecord(rec),
+                                 familiesWhere(sendsOsd));
         items << item;
         return true;
     }
 
-    bool readJson(const QString& line, QVector<Item>& items, QString& stray) {
+    bool readJson(const QString& line, QVector<Answer>& items, QString& stray) {
         QJsonParseError parsed;
         const QJsonDocument doc = QJsonDocument::fromJson(line.toUtf8(), &parsed);
         if (!doc.isObject()) {
@@ -167,12 +161,11 @@ private:
         QString error;
         if (json.value(QLatin1String("osd")).toBool()) {
             model_OsdParam rec;
-            Item item{where(QStringLiteral("JSON OSD record")), {}};
+            Answer item{where(QStringLiteral("JSON OSD record")), {}};
             if (!osdRecordFromJson(json, rec, error))
                 return fail(item.what + QStringLiteral(": ") + error);
-            item.readings << reading(
-                QStringLiteral("OSD record"), engine::wholeRecord(rec),
-                familiesWhere([](const Family& f) { return f.form == Form::Osd; }));
+            item.readings << reading(QStringLiteral("OSD record"), engine::wholeRecord(rec),
+                                     familiesWhere(sendsOsd));
             items << item;
             return true;
         }
@@ -184,7 +177,7 @@ private:
             return true;
         }
         model_Protocoldata rec;
-        Item item{where(QStringLiteral("JSON record")), {}};
+        Answer item{where(QStringLiteral("JSON record")), {}};
         if (!recordFromJson(json, rec, error))
             return fail(item.what + QStringLiteral(": ") + error);
         if (!json.contains(QLatin1String("deviceType"))) {
@@ -200,8 +193,8 @@ private:
         return true;
     }
 
-    bool readTrace(const TracedRecord& traced, QVector<Item>& traces) {
-        Item item{where(QStringLiteral("trace line")), {}};
+    bool readTrace(const TracedRecord& traced, QVector<Answer>& traces) {
+        Answer item{where(QStringLiteral("trace line")), {}};
         if (traced.status != TracedRecord::Read)
             return fail(item.what + QStringLiteral(" is cut or garbled"));
         item.readings << reading(QStringLiteral("trace"),
@@ -228,7 +221,7 @@ Decoded refuse(const QString& error) {
 }
 
 // The whole input as one record: hex or a family's text.
-bool readWhole(const QByteArray& input, const Family* device, Item& item, QString& error) {
+bool readWhole(const QByteArray& input, const Family* device, Answer& item, QString& error) {
     const QString text = QString::fromUtf8(input).trimmed();
     QString compact = text;
     compact.remove(QRegularExpression(QStringLiteral("\\s")));
@@ -242,9 +235,8 @@ bool readWhole(const QByteArray& input, const Family* device, Item& item, QStrin
                 QStringLiteral("frame"), engine::frameAlone(bytes),
                 searched(device, [](const Family& f) { return f.form == Form::Frame; }));
         if (bytes.size() >= kOsdHeaderSize && bytes.mid(1, 3) == kOsdMarker)
-            item.readings << reading(
-                QStringLiteral("OSD frame"), engine::osdFrame(bytes),
-                familiesWhere([](const Family& f) { return f.form == Form::Osd; }));
+            item.readings << reading(QStringLiteral("OSD frame"), engine::osdFrame(bytes),
+                                     familiesWhere(sendsOsd));
         if (bytes.size() >= kHeadSize)
             item.readings << reading(
                 QStringLiteral("5-byte head"),
@@ -315,9 +307,7 @@ QString Answer::text() const {
         if (r.result.answers.isEmpty()) {
             out += QStringLiteral("  %1: no operation sends it").arg(r.label);
             if (r.result.closest)
-                out += QStringLiteral("; closest: %1 on %2, %3")
-                           .arg(r.result.closest->operation, r.result.closest->family,
-                                r.result.closest->difference);
+                out += QStringLiteral("; ") + r.result.closest->text();
             out += QLatin1Char('\n');
             continue;
         }
@@ -350,11 +340,10 @@ QJsonObject Answer::json() const {
             c.insert(QStringLiteral("read"), r.label);
             candidates << c;
         }
-        if (r.result.closest && closest.isEmpty())
-            closest = {{QStringLiteral("read"), r.label},
-                       {QStringLiteral("operation"), r.result.closest->operation},
-                       {QStringLiteral("device"), r.result.closest->family},
-                       {QStringLiteral("difference"), r.result.closest->difference}};
+        if (r.result.closest && closest.isEmpty()) {
+            closest = r.result.closest->json();
+            closest.insert(QStringLiteral("read"), r.label);
+        }
     }
     QJsonObject json{{QStringLiteral("read"), what}, {QStringLiteral("candidates"), candidates}};
     if (candidates.isEmpty() && !closest.isEmpty())
@@ -370,7 +359,7 @@ Decoded decodeInput(const QByteArray& input, const Family* device,
         return refuse(QStringLiteral("the input is binary data, not text: decode takes hex, a "
                                      "family's text, a trace line or records as dalctl prints "
                                      "them"));
-    QVector<Item> items, traces;
+    QVector<Answer> items, traces;
     QString error, stray;
     if (!Printout(input, device).read(items, traces, error, stray))
         return refuse(error);
@@ -380,24 +369,19 @@ Decoded decodeInput(const QByteArray& input, const Family* device,
     if (items.isEmpty())
         items = traces;
     if (items.isEmpty()) {
-        Item whole;
+        Answer whole;
         if (!readWhole(input, device, whole, error))
-            return refuse(error.isEmpty()
-                              ? QStringLiteral("\"%1\" is neither hex, a record as "
-                                               "dalctl prints it, a trace line, nor a text")
-                                    .arg(shown(QString::fromUtf8(input).trimmed()))
-                              : error);
+            return refuse(error);
         items << whole;
     }
     // Everything has been read before anything is run.
     Decoded d;
-    for (Item& item : items) {
-        Answer answer{item.what, item.readings};
+    for (Answer& answer : items) {
         for (Reading& r : answer.readings)
             r.result = engine::prove(r.target, r.families);
         d.answers << answer;
         if (each)
-            each(d.answers.last());
+            each(answer);
     }
     return d;
 }

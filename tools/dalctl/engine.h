@@ -109,6 +109,9 @@ struct Closest {
     QString operation;
     QString family;
     QString difference; // "which sends no block; 4 more bytes here"
+
+    QString text() const; // "closest: OPERATION on FAMILY, DIFFERENCE"
+    QJsonObject json() const;
 };
 
 struct Result {

@@ -459,6 +459,16 @@ QString Answer::replay() const {
     return words.join(QLatin1Char(' '));
 }
 
+QString Closest::text() const {
+    return QStringLiteral("closest: %1 on %2, %3").arg(operation, family, difference);
+}
+
+QJsonObject Closest::json() const {
+    return {{QStringLiteral("operation"), operation},
+            {QStringLiteral("device"), family},
+            {QStringLiteral("difference"), difference}};
+}
+
 QJsonObject Answer::json() const {
     QJsonArray named;
     for (const ByteName& b : bytes)

@@ -101,11 +101,7 @@ private:
             QJsonObject object{{QStringLiteral("head"), QString::fromLatin1(traced.head.toHex())},
                                {QStringLiteral("candidates"), answers}};
             if (result.closest)
-                object.insert(
-                    QStringLiteral("closest"),
-                    QJsonObject{{QStringLiteral("operation"), result.closest->operation},
-                                {QStringLiteral("device"), result.closest->family},
-                                {QStringLiteral("difference"), result.closest->difference}});
+                object.insert(QStringLiteral("closest"), result.closest->json());
             const QByteArray text = QJsonDocument(object).toJson(QJsonDocument::Compact);
             return text.mid(1, text.size() - 2); // members, to follow the line number
         }
@@ -129,10 +125,7 @@ private:
         const QByteArray head = traced.head.toHex(' ');
         if (!result.closest)
             return "no operation sends " + head;
-        return QStringLiteral("no operation sends %1; closest: %2 on %3, %4")
-            .arg(QString::fromLatin1(head), result.closest->operation, result.closest->family,
-                 result.closest->difference)
-            .toUtf8();
+        return "no operation sends " + head + "; " + result.closest->text().toUtf8();
     }
 
     std::map<std::pair<const Family*, bool>, QHash<QByteArray, QByteArray>> caches;

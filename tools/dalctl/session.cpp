@@ -151,10 +151,8 @@ const Operation& operationFor(const QString& name, const QStringList& words) {
 
 Outcome runRaw(const QStringList& words, int timeout, const QString& text,
                const UtilityValues& utility) {
-    const QString usage = QStringLiteral("usage: dalctl raw [--timeout MS] [--text TEXT] CMD "
-                                         "DAT1 DAT2 DAT3 DAT4 [HEX]");
     if (words.size() != 5 && words.size() != 6)
-        refuse(QStringLiteral("raw takes 5 or 6 arguments, %1 given").arg(words.size()), usage);
+        refuse(QStringLiteral("raw takes 5 or 6 arguments, %1 given").arg(words.size()));
     int head[5];
     QByteArray block;
     try {
@@ -166,12 +164,12 @@ Outcome runRaw(const QStringList& words, int timeout, const QString& text,
             bool ok = digits.size() <= 2;
             head[i] = ok ? digits.toInt(&ok, 16) : 0;
             if (!ok || digits.startsWith(QLatin1Char('-')) || digits.startsWith(QLatin1Char('+')))
-                refuse(QStringLiteral("%1 is not one byte in hex (00 to ff)").arg(words[i]), usage);
+                refuse(QStringLiteral("%1 is not one byte in hex (00 to ff)").arg(words[i]));
         }
         if (words.size() == 6)
             block = args::parseHex(words[5]);
     } catch (const ArgError& e) {
-        refuse(QString::fromStdString(e.what()), usage);
+        refuse(QString::fromStdString(e.what()));
     }
     return collect(utility, [&](Targets& targets) {
         targets.tarsel.f_SendCmd(timeout, head[0], head[1], head[2], head[3], head[4],
