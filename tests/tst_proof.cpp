@@ -177,9 +177,8 @@ Call replayed(const QJsonObject& answer) {
                                                                   : familyOf(device)->code;
     const QJsonArray options = answer.value(QLatin1String("options")).toArray();
     for (int i = 0; i + 1 < options.size(); i += 2)
-        for (const UtilityOption& o : utilityOptions())
-            if (options[i].toString() == QStringLiteral("--") + QLatin1String(o.option))
-                o.set(c.utility, options[i + 1].toString());
+        if (const UtilityOption* o = utilityOption(options[i].toString().mid(2)))
+            o->set(c.utility, options[i + 1].toString());
     return c;
 }
 

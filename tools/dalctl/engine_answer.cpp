@@ -31,10 +31,8 @@ QVector<Part> recordParts(const Run& run, const Target& shape, int k) {
 QString defaultOf(const Variable& v) {
     if (v.where == Variable::Model)
         return members::get(Models::defaults(), v.path);
-    for (const UtilityOption& o : utilityOptions())
-        if (v.where == Variable::Utility && v.path == QLatin1String(o.option))
-            return QLatin1String(o.byDefault);
-    return QString();
+    const UtilityOption* o = v.where == Variable::Utility ? utilityOption(v.path) : nullptr;
+    return o ? QLatin1String(o->byDefault) : QString();
 }
 
 // Whether changing the value changes the record (a value the operation refuses says nothing).
@@ -129,20 +127,23 @@ bool isLength(const Call& call, const QVector<Variable>& variables, int k, bool 
     return moved;
 }
 
+// Whether byte `at` is the checksum of the bytes before it: the low 8 bits of their sum.
+bool isChecksum(const QString& bytes, int at) {
+    unsigned sum = 0;
+    for (int i = 0; i < at; ++i)
+        sum += byteAt(bytes, i);
+    return (sum & 0xFF) == byteAt(bytes, at);
+}
+
 // What made the bytes of one piece: a constant, the block's length, a checksum, or values. A
 // model member is what made them even where an argument chose which member is read.
 QString madeOf(const PartShape& ps, const Piece& piece, bool length,
                const QVector<Variable>& variables, const QStringList& names) {
     if (piece.owners.isEmpty())
         return QStringLiteral("constant");
-    const QString& bytes = ps.part.value;
-    if (piece.to - piece.from == 1 && piece.from > 0) {
-        unsigned sum = 0;
-        for (int at = 0; at < piece.from; ++at)
-            sum += byteAt(bytes, at);
-        if ((sum & 0xFF) == byteAt(bytes, piece.from) && piece.owners.size() > 1)
-            return QStringLiteral("checksum");
-    }
+    if (piece.to - piece.from == 1 && piece.from > 0 && piece.owners.size() > 1 &&
+        isChecksum(ps.part.value, piece.from))
+        return QStringLiteral("checksum");
     if (length)
         return QStringLiteral("length");
     QStringList owners, members;
@@ -160,11 +161,8 @@ QVector<Piece> withChecksumApart(const PartShape& ps) {
     QVector<Piece> pieces;
     const QString& bytes = ps.part.value;
     for (const Piece& piece : ps.pieces) {
-        unsigned sum = 0;
-        for (int at = 0; at + 1 < piece.to; ++at)
-            sum += byteAt(bytes, at);
         if (!piece.owners.isEmpty() && piece.to == bytes.size() && piece.to - piece.from > 1 &&
-            (sum & 0xFF) == byteAt(bytes, piece.to - 1)) {
+            isChecksum(bytes, piece.to - 1)) {
             pieces << Piece{piece.from, piece.to - 1, piece.owners, piece.resizes}
                    << Piece{piece.to - 1, piece.to, piece.owners + QVector<int>{-1}, false};
         } else {

@@ -6,9 +6,21 @@
 #include <QHash>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <functional>
 
 namespace engine::detail {
+
+// Every byte, NULs included: Qt 5's overload for a QByteArray stops at the first NUL.
+inline QString latin1(const QByteArray& bytes) {
+    return QString::fromLatin1(bytes.constData(), int(bytes.size()));
+}
+
+// Characters that read as a text: printable ASCII only.
+inline bool printable(const QString& text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](QChar c) { return c.unicode() >= 0x20 && c.unicode() < 0x7f; });
+}
 
 // Everything a call queued, in the order of its records.
 struct Run {

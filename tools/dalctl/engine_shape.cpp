@@ -13,12 +13,6 @@ namespace {
 
 std::atomic<long long> runs{0};
 
-// Bytes that read as a text: a block that holds one.
-bool printable(const QString& bytes) {
-    return std::all_of(bytes.begin(), bytes.end(),
-                       [](QChar c) { return c.unicode() >= 0x20 && c.unicode() < 0x7f; });
-}
-
 // The ranges of `a` that differ from `b`, each as [from, to) in `a`, and whether the range has
 // another width in `b`. Common ends are set aside; the middle is aligned by its longest common
 // subsequence where it is small enough, else taken as changed whole.

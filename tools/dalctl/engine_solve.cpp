@@ -41,19 +41,9 @@ long long charsApart(const QString& a, const QString& b) {
             d += a[from + i] != b[from + i];
         return d;
     }
-    QVector<int> row(m + 1);
-    std::iota(row.begin(), row.end(), 0);
-    for (int i = 1; i <= n; ++i) {
-        int diagonal = row[0];
-        row[0] = i;
-        for (int j = 1; j <= m; ++j) {
-            const int above = row[j];
-            row[j] = std::min(
-                {above + 1, row[j - 1] + 1, diagonal + (a[from + i - 1] != b[from + j - 1])});
-            diagonal = above;
-        }
-    }
-    return row[m] + std::abs(n - m); // a text of the right length is nearer
+    return editDistance(QStringView(a).mid(from, n), QStringView(b).mid(from, m),
+                        Qt::CaseSensitive) +
+           std::abs(n - m); // a text of the right length is nearer
 }
 
 } // namespace
@@ -102,10 +92,7 @@ Captures capturesOf(const Shape& shape, const QVector<QStringList>& cutParts, in
                 c.bytes += c.pieces.last();
             }
             // A block may hold a text, and its numbers are read as a text's are.
-            if (!shape.parts[p].part.binary ||
-                (piece.size() > 1 && std::all_of(piece.begin(), piece.end(), [](QChar ch) {
-                     return ch.unicode() >= 0x20 && ch.unicode() < 0x7f;
-                 })))
+            if (!shape.parts[p].part.binary || (piece.size() > 1 && printable(piece)))
                 c.texts << piece;
         }
     return c;
@@ -308,8 +295,7 @@ private:
             n.texts << leadingNumber(t);
         // A number written out in a block: its digits as bytes.
         for (const QByteArray& piece : c.pieces)
-            if (const auto number =
-                    leadingNumber(QString::fromLatin1(piece.constData(), int(piece.size()))))
+            if (const auto number = leadingNumber(latin1(piece)))
                 n.texts << number;
         return n;
     }

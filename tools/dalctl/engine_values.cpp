@@ -9,11 +9,6 @@ namespace engine {
 
 namespace {
 
-// Every byte, NULs included: Qt 5's overload for a QByteArray stops at the first NUL.
-QString latin1(const QByteArray& bytes) {
-    return QString::fromLatin1(bytes.constData(), int(bytes.size()));
-}
-
 QByteArray headBytes(const model_Protocoldata& rec, int from, int count) {
     return QByteArray(reinterpret_cast<const char*>(rec.cmdHead) + from, count);
 }
@@ -23,7 +18,7 @@ Part number(const char* name, long long value) {
     return {QLatin1String(name), false, QString::number(value)};
 }
 Part bytes(const char* name, const QByteArray& value) {
-    return {QLatin1String(name), true, latin1(value)};
+    return {QLatin1String(name), true, detail::latin1(value)};
 }
 
 } // namespace
@@ -129,11 +124,10 @@ QString Variable::name(const Operation& op) const {
                 return p.name + path.mid(record.size());
         return path;
     }
-    case Utility:
-        for (const UtilityOption& o : utilityOptions())
-            if (path == QLatin1String(o.option))
-                return QLatin1String(o.name);
-        return path;
+    case Utility: {
+        const UtilityOption* o = utilityOption(path);
+        return o ? QLatin1String(o->name) : path;
+    }
     }
     return QString();
 }
@@ -147,13 +141,6 @@ QStringList elementsOf(const QString& word, args::Kind kind) {
 
 QJsonObject objectOf(const QString& word) {
     return QJsonDocument::fromJson(word.toUtf8()).object();
-}
-
-const UtilityOption* optionOf(const QString& option) {
-    for (const UtilityOption& o : utilityOptions())
-        if (option == QLatin1String(o.option))
-            return &o;
-    return nullptr;
 }
 
 } // namespace
@@ -176,7 +163,7 @@ QString valueOf(const Call& call, const Variable& v) {
     case Variable::Model:
         return members::get(call.models, v.path);
     case Variable::Utility:
-        return optionOf(v.path)->get(call.utility);
+        return utilityOption(v.path)->get(call.utility);
     }
     return QString();
 }
@@ -185,7 +172,7 @@ bool assign(Call& call, const Variable& v, const QString& value) {
     if (v.where == Variable::Model)
         return members::set(call.models, v.path, value);
     if (v.where == Variable::Utility) {
-        optionOf(v.path)->set(call.utility, value);
+        utilityOption(v.path)->set(call.utility, value);
         return true;
     }
     QString& word = call.words[v.argument];

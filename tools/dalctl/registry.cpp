@@ -42,8 +42,10 @@ QVector<Operation> buildOperations() {
     return ops;
 }
 
-int editDistance(const QString& a, const QString& b) {
-    QVector<int> row(b.size() + 1);
+} // namespace
+
+int editDistance(QStringView a, QStringView b, Qt::CaseSensitivity cs) {
+    QVector<int> row(int(b.size()) + 1);
     for (int j = 0; j <= b.size(); ++j)
         row[j] = j;
     for (int i = 1; i <= a.size(); ++i) {
@@ -51,15 +53,15 @@ int editDistance(const QString& a, const QString& b) {
         row[0] = i;
         for (int j = 1; j <= b.size(); ++j) {
             const int above = row[j];
-            const int cost = a[i - 1].toLower() == b[j - 1].toLower() ? 0 : 1;
+            const QChar x = a[i - 1], y = b[j - 1];
+            const int cost =
+                (cs == Qt::CaseSensitive ? x == y : x.toLower() == y.toLower()) ? 0 : 1;
             row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + cost});
             diagonal = above;
         }
     }
     return row[b.size()];
 }
-
-} // namespace
 
 const QVector<Operation>& operations() {
     static const QVector<Operation> ops = buildOperations();
@@ -93,7 +95,7 @@ QStringList closestNames(const QString& name, int count) {
     const QString bare = name.section(QStringLiteral("::"), -1);
     QVector<QPair<int, QString>> ranked;
     for (const Operation& op : operations()) {
-        int distance = editDistance(bare, op.name);
+        int distance = editDistance(bare, op.name, Qt::CaseInsensitive);
         if (op.name.contains(bare, Qt::CaseInsensitive))
             distance = std::min(distance, 1);
         ranked << qMakePair(distance, op.qualifiedName());

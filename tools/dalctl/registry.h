@@ -57,6 +57,8 @@ const QVector<Operation>& operations();
 QVector<const Operation*> findOperations(const QString& name);
 // Names close to a misspelt one, closest first.
 QStringList closestNames(const QString& name, int count);
+// The fewest single-character insertions, deletions and changes that turn `a` into `b`.
+int editDistance(QStringView a, QStringView b, Qt::CaseSensitivity cs);
 
 namespace registry_detail {
 

@@ -101,6 +101,13 @@ void setText(UtilityValues& u, const QString& word) {
 
 } // namespace
 
+const UtilityOption* utilityOption(const QString& option) {
+    for (const UtilityOption& o : utilityOptions())
+        if (option == QLatin1String(o.option))
+            return &o;
+    return nullptr;
+}
+
 const QVector<UtilityOption>& utilityOptions() {
     using U = UtilityValues;
     static const QVector<UtilityOption> options = {

@@ -45,6 +45,8 @@ struct UtilityOption {
     void (*set)(UtilityValues&, const QString&);
 };
 const QVector<UtilityOption>& utilityOptions();
+// The utility option named `option` ("user-id"); null for none.
+const UtilityOption* utilityOption(const QString& option);
 
 // What one call left on the queues, and what the operation returned.
 struct Outcome {
