@@ -234,10 +234,7 @@ int printOutcome(const Outcome& outcome, bool json) {
             out() << outcome.returned << '\n';
         if (outcome.empty())
             out() << "no record queued\n";
-        for (int i = 0; i < outcome.records.size(); ++i)
-            out() << recordText(outcome.records[i], i + 1);
-        for (int i = 0; i < outcome.osdRecords.size(); ++i)
-            out() << osdRecordText(outcome.osdRecords[i], i + 1);
+        out() << outcome.recordsText();
     }
     out().flush();
     return outcome.empty() && outcome.returned.isEmpty() ? kNothing : kAnswer;

@@ -629,7 +629,6 @@ void addBlockDefaults(Models& m) {
     t.streamInputGateway = QStringLiteral("192.168.1.1");
     t.streamInputPort = 554;
 
-    m.bankPlayer.timeout = kDefaultTimeout;
     for (int i = 0; i < 144; ++i)
         m.bankPlayer.loopTimings.append(static_cast<unsigned char>(i));
     for (int i = 0; i < 128; ++i)

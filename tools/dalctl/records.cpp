@@ -1,5 +1,6 @@
 #include "records.h"
 
+#include "bytes.h"
 #include "quoting.h"
 
 #include <QJsonValue>
@@ -183,7 +184,7 @@ struct Field {
 QByteArray bytesOf(const QByteArray& bytes) { return bytes; }
 template <std::size_t N>
 QByteArray bytesOf(const unsigned char (&head)[N]) {
-    return QByteArray(reinterpret_cast<const char*>(head), int(N));
+    return dal::bytesOf(head, int(N));
 }
 void assign(QByteArray& to, const QByteArray& from) { to = from; }
 template <std::size_t N>

@@ -127,6 +127,15 @@ const QVector<UtilityOption>& utilityOptions() {
     return options;
 }
 
+QString Outcome::recordsText() const {
+    QString text;
+    for (int i = 0; i < records.size(); ++i)
+        text += recordText(records[i], i + 1);
+    for (int i = 0; i < osdRecords.size(); ++i)
+        text += osdRecordText(osdRecords[i], i + 1);
+    return text;
+}
+
 Call sampleCall(const Operation& op, int deviceType) {
     Call call{&op, op.sampleWords(), Models::defaults(), UtilityValues()};
     call.utility.deviceType = deviceType;

@@ -55,6 +55,7 @@ struct Outcome {
     QString returned;
 
     bool empty() const { return records.isEmpty() && osdRecords.isEmpty(); }
+    QString recordsText() const; // every record as dalctl prints it, numbered from 1
 };
 
 // One call of an operation: its words, the model records it reads and the utility's values.

@@ -22,10 +22,7 @@ void printSweep(QTextStream& out, const Family* only) {
             }
             if (!outcome.returned.isEmpty())
                 out << outcome.returned << '\n';
-            for (int i = 0; i < outcome.records.size(); ++i)
-                out << recordText(outcome.records[i], i + 1);
-            for (int i = 0; i < outcome.osdRecords.size(); ++i)
-                out << osdRecordText(outcome.osdRecords[i], i + 1);
+            out << outcome.recordsText();
         }
     }
     out.flush();
