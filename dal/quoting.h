@@ -9,6 +9,26 @@
 
 namespace dal {
 
+// The characters written as a C escape, and the letter each is written with after a backslash.
+constexpr char kEscapedChars[] = "\"\\\b\f\n\r\t";
+constexpr char kEscapeLetters[] = "\"\\bfnrt";
+
+// The letter that escapes `c`, or 0 when `c` has no C escape.
+constexpr char escapeLetterOf(char16_t c) {
+    for (int i = 0; kEscapedChars[i]; ++i)
+        if (c == char16_t(kEscapedChars[i]))
+            return kEscapeLetters[i];
+    return 0;
+}
+
+// The character a C escape's letter stands for, or 0 when it is not one.
+constexpr char escapedCharOf(char letter) {
+    for (int i = 0; kEscapeLetters[i]; ++i)
+        if (letter == kEscapeLetters[i])
+            return kEscapedChars[i];
+    return 0;
+}
+
 // Writes the quoted text through `put`, which takes a QChar or a char.
 template <class Put>
 void writeQuoted(const QString& text, Put&& put) {
@@ -22,19 +42,12 @@ void writeQuoted(const QString& text, Put&& put) {
     const QChar* const last = text.constData() + text.size();
     for (const QChar* p = text.constData(); p != last; ++p) {
         const char16_t c = p->unicode();
-        const char* escape = c == u'"'    ? "\\\""
-                             : c == u'\\' ? "\\\\"
-                             : c == u'\b' ? "\\b"
-                             : c == u'\f' ? "\\f"
-                             : c == u'\n' ? "\\n"
-                             : c == u'\r' ? "\\r"
-                             : c == u'\t' ? "\\t"
-                                          : nullptr;
-        if (!escape && QChar::isPrint(c)) {
+        const char letter = escapeLetterOf(c);
+        if (!letter && QChar::isPrint(c)) {
             put(*p);
-        } else if (escape) {
-            for (; *escape; ++escape)
-                put(*escape);
+        } else if (letter) {
+            put('\\');
+            put(letter);
         } else if (QChar::isHighSurrogate(c) && p + 1 != last && p[1].isLowSurrogate()) {
             const char32_t ucs4 = QChar::surrogateToUcs4(p[0], p[1]);
             if (QChar::isPrint(ucs4)) {

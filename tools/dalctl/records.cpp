@@ -121,13 +121,8 @@ bool unquote(const QString& quoted, QString& text) {
             return false;
         const char kind = quoted[i].toLatin1();
         const int digits = kind == 'u' ? 4 : kind == 'U' ? 8 : 0;
-        const char* simple = "\"\"\\\\b\bf\fn\nr\rt\t";
-        const char* found = nullptr;
-        for (const char* p = simple; *p; p += 2)
-            if (*p == kind)
-                found = p + 1;
-        if (found) {
-            text += QLatin1Char(*found);
+        if (const char escaped = dal::escapedCharOf(kind)) {
+            text += QLatin1Char(escaped);
             continue;
         }
         bool ok = false;
