@@ -24,7 +24,7 @@ Target namedParts(bool osd) {
 }
 
 QVector<Part> recordParts(const Run& run, const Target& shape, int k) {
-    return run.ok && run.count(shape.osd) > k ? run.parts(shape.osd, k, shape) : QVector<Part>();
+    return run.queued(shape.osd, k) ? run.parts(shape.osd, k, shape) : QVector<Part>();
 }
 
 // The value dalctl gives a model member or utility value that no option or --model sets.
@@ -300,7 +300,7 @@ Answer answerOf(const Call& call, const Family& family, int k, const Target& tar
 
 // Where the closest record differs from the target.
 QString differenceOf(const Run& run, const Target& target, int k) {
-    if (!run.ok || run.count(target.osd) <= k)
+    if (!run.queued(target.osd, k))
         return QStringLiteral("which queues no such record");
     const QVector<Part> got = run.parts(target.osd, k, target);
     for (int p = 0; p < target.parts.size(); ++p) {
@@ -498,8 +498,7 @@ namespace {
 std::optional<Closest> closestByHead(const Target& target, const QVector<const Family*>& families) {
     Target head{target.osd, {}};
     for (const Part& p : target.parts)
-        if (p.name == QLatin1String("head") || p.name == QLatin1String("command") ||
-            p.name == QLatin1String("header"))
+        if (commandStart(p.name) >= 0)
             head.parts << p;
     if (head.parts.isEmpty() || head.parts.size() == target.parts.size())
         return std::nullopt;

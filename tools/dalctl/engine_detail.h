@@ -30,6 +30,8 @@ struct Run {
     int count(bool osd) const {
         return osd ? int(outcome.osdRecords.size()) : int(outcome.records.size());
     }
+    // Whether the call queued a record k.
+    bool queued(bool osd, int k) const { return ok && count(osd) > k; }
     QVector<Part> parts(bool osd, int k, const Target& shape) const {
         return osd ? partsOf(outcome.osdRecords[k], shape) : partsOf(outcome.records[k], shape);
     }
@@ -88,6 +90,9 @@ struct Candidate {
     int record; // which of its records, from 0
 };
 QVector<Candidate> candidatesFor(const Target& target, const Family& family);
+// Where the command (CMD, or the OSD marker) starts in a head part: "command", "head" or
+// "header"; -1 for a part that is no head.
+int commandStart(const QString& part);
 // Whether a record with this device type went to the family.
 bool sentTo(int deviceType, const Family& family);
 

@@ -146,7 +146,7 @@ QStringList probesOf(const Call& call, const Variable& v) {
 Shape shapeOf(const Call& call, const QVector<Variable>& variables, int k, const Target& target) {
     Shape shape;
     const Run base = runCall(call);
-    if (!base.ok || base.count(target.osd) <= k)
+    if (!base.queued(target.osd, k))
         return shape;
     shape.record = k;
     shape.records = base.count(target.osd);
@@ -167,7 +167,7 @@ Shape shapeOf(const Call& call, const QVector<Variable>& variables, int k, const
             if (probe == valueOf(call, variables[i]) || !assign(changed, variables[i], probe))
                 continue;
             const Run other = runCall(changed);
-            if (!other.ok || other.count(target.osd) <= k)
+            if (!other.queued(target.osd, k))
                 continue;
             const QVector<Part> otherParts = other.parts(target.osd, k, target);
             for (int p = 0; p < parts.size(); ++p) {

@@ -58,7 +58,7 @@ long long distance(const QVector<Part>& got, const Target& target) {
 }
 
 long long distance(const Run& run, const Target& target, int k) {
-    if (!run.ok || run.count(target.osd) <= k)
+    if (!run.queued(target.osd, k))
         return kFar;
     return distance(run.parts(target.osd, k, target), target);
 }
@@ -661,7 +661,7 @@ namespace {
 // The lengths a call gives the target's binary parts of record k, and its record count.
 QVector<int> lengthsOf(const Run& run, const Target& target, int k) {
     QVector<int> lengths{run.ok ? run.count(target.osd) : -1};
-    if (run.ok && run.count(target.osd) > k)
+    if (run.queued(target.osd, k))
         for (const Part& p : run.parts(target.osd, k, target))
             lengths << (p.binary ? int(p.value.size()) : 0);
     return lengths;
@@ -687,8 +687,7 @@ bool isCount(const Variable& v) {
 // A count set on a model record: its lists hold at least that many entries (up to the most
 // any block of the protocol has room for).
 void growLists(Call& call, const Variable& v, long long size) {
-    constexpr long long kMostEntries = 4096;
-    if (v.where != Variable::Model || size > kMostEntries)
+    if (v.where != Variable::Model || size > args::kIntArrayReserve)
         return;
     const QString record = v.path.section(QLatin1Char('.'), 0, 0);
     for (const QString& list : members::lists(call.models, record))

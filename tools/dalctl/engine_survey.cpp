@@ -20,6 +20,13 @@
 
 namespace engine::detail {
 
+int commandStart(const QString& part) {
+    return part == QLatin1String("command")  ? 0
+           : part == QLatin1String("head")   ? 2
+           : part == QLatin1String("header") ? 0
+                                             : -1;
+}
+
 namespace {
 
 // A record the native family was sent, as the family's device would have been sent it. The
@@ -266,13 +273,6 @@ struct Ends {
     QVector<bool> held; // ...and where they agree
     QString prefix, suffix;
 };
-
-int commandStart(const QString& part) {
-    return part == QLatin1String("command")  ? 0
-           : part == QLatin1String("head")   ? 2
-           : part == QLatin1String("header") ? 0
-                                             : -1;
-}
 
 Ends endsOf(const QStringList& renderings, const QString& part) {
     Ends e;
