@@ -22,14 +22,6 @@ const int kDevices[] = {0x700000, 0x250300, 0x250310, 0x250400, 0x250502, 0x2D00
 
 void quiet(QtMsgType, const QMessageLogContext&, const QString&) {}
 
-// The utility option named `name` ("user-id"), or null.
-const UtilityOption* utilityOption(const QString& name) {
-    for (const UtilityOption& o : utilityOptions())
-        if (name == QLatin1String(o.option))
-            return &o;
-    return nullptr;
-}
-
 void runRawWords(QStringList words, const UtilityValues& utility) {
     int timeout = 3000;
     QString text;

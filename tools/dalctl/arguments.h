@@ -158,11 +158,9 @@ template <class P>
 struct Holder<P, std::enable_if_t<std::is_same_v<ValueOf<P>, model_OsdParam>>>
     : Parsed<model_OsdParam, Kind::OsdRecord, parseOsdRecord> {};
 
-// A byte buffer given as hex. Zeros follow the bytes given: one spare byte for builders that
-// write a checksum just after the block, and at least kByteBufferReserve bytes in all, since an
-// operation whose length parameter does not follow the buffer (setInputPortEdid) escapes the
-// length check and reads up to its own 1023-byte limit.
-constexpr int kByteBufferReserve = 1024;
+// A byte buffer given as hex, and one spare zero for builders that write a checksum just after
+// the block. The length an operation reads from it is checked against its size when the call is
+// made.
 template <class P>
 struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P>()) == 1>>
     : Plain {
@@ -173,7 +171,7 @@ struct Holder<P, std::enable_if_t<std::is_pointer_v<P> && sizeof(*std::declval<P
     void parse(const QString& text, Models&) {
         bytes = parseHex(text);
         size = bytes.size();
-        bytes.append(QByteArray(std::max(1, kByteBufferReserve - size), '\0'));
+        bytes.append('\0');
     }
     P get() { return reinterpret_cast<P>(bytes.data()); }
     std::optional<int> bufferSize() const { return size; }
