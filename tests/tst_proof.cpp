@@ -73,7 +73,7 @@ public:
                     path = below[gen.bounded(int(below.size()))];
                 const members::Leaf leaf = members::at(m, path);
                 members::set(m, path,
-                             leaf.node == members::Node::Text
+                             leaf.kind == args::Kind::Text
                                  ? text()
                                  : QString::number(
                                        gen.bounded(leaf.max > 0 && leaf.max < 256 ? 256 : 4000)));
@@ -127,14 +127,10 @@ private:
 };
 
 // What the input says of record k of a call, or nothing when the call queues no such record.
-QVector<engine::Part> recordOf(const Call& call, int k, const engine::Target& target) {
+Parts recordOf(const Call& call, int k, const engine::Target& target) {
     const Quiet quiet;
     try {
-        const Outcome o = run(call);
-        if (!target.osd && k < o.records.size())
-            return engine::partsOf(o.records[k], target);
-        if (target.osd && k < o.osdRecords.size())
-            return engine::partsOf(o.osdRecords[k], target);
+        return run(call).parts(k, target.parts).value_or(Parts());
     } catch (const ArgError&) {
     }
     return {};

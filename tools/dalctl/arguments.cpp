@@ -14,29 +14,6 @@ namespace {
 
 } // namespace
 
-const KindInfo& infoOf(Kind kind) {
-    // Beyond ASCII, with a quote, so that encodings and the trace line's escaping are exercised.
-    static const KindInfo kText{"text", "t\u00e9xt \"\u2713\"", "ab"};
-    static const KindInfo kInfos[] = {
-        {"integer", "1", "2"},
-        {"true|false", "true", "false"},
-        {"decimal", "1.5", "2.25"},
-        kText,
-        {"hex bytes", "0102030405060708", "0a0b0c"},
-        {"numbers 1,2,3", "1,2", "3,4,5"},
-        {"numbers 1-2-3", "1-2", "3-4-5"},
-        {"JSON object", "{}", "{}"},
-        {"record as JSON", "{\"head\":\"00006a0300000000\",\"timeout\":3000}",
-         "{\"head\":\"00006a0300000000\",\"timeout\":3000}"},
-        {"OSD record as JSON",
-         "{\"header\":\"0102030405060708090a0b\",\"tag\":\"t\",\"payload\":\"a1b2\"}",
-         "{\"header\":\"0102030405060708090a0b\",\"tag\":\"t\",\"payload\":\"a1b2\"}"},
-        {"", "", ""},
-        {"", "", ""},
-    };
-    return kInfos[static_cast<int>(kind)];
-}
-
 long long parseInteger(const QString& text, long long min, long long max) {
     const QString t = text.trimmed();
     const bool negative = t.startsWith(QLatin1Char('-'));

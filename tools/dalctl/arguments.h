@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kinds.h"
 #include "model_osdparam.h"
 #include "model_protocoldata.h"
 #include "models.h"
@@ -21,29 +22,6 @@ struct ArgError : std::runtime_error {
 
 namespace args {
 
-// What one parameter takes on the command line. Each parameter type's holder below names its
-// kind, and the kind names its written form, its sample word and a second word.
-enum class Kind {
-    Integer,     // decimal or 0x-hex
-    Boolean,     // true, false, 1 or 0
-    Decimal,     // 1.5
-    Text,        // as it stands
-    Bytes,       // hex pairs
-    Numbers,     // an int array, "1,2,3"
-    DashNumbers, // a text of numbers the library splits at dashes, "1-0-1"
-    Json,        // a JSON object
-    Record,      // a protocol record as `dalctl --json` prints it
-    OsdRecord,   // an OSD record as `dalctl --json` prints it
-    Model,       // a model record: no argument, it comes from the built-in models or --model
-    Out,         // a scalar the operation writes: no argument, shown after the call
-};
-
-struct KindInfo {
-    const char* written; // the written form, as `dalctl list` shows it
-    const char* sample;  // the word sample calls take
-    const char* second;  // another word, of another length where the kind has one
-};
-const KindInfo& infoOf(Kind kind);
 constexpr bool takesArgument(Kind kind) { return kind != Kind::Model && kind != Kind::Out; }
 
 long long parseInteger(const QString& text, long long min, long long max);

@@ -115,7 +115,7 @@ private:
             // A head line alone says the head, and what of the record follows it.
             engine::Target target;
             const engine::Target whole = engine::wholeRecord(read.rec);
-            for (const engine::Part& p : whole.parts)
+            for (const Part& p : whole.parts)
                 if (p.name == QLatin1String("head") ||
                     (p.name == QLatin1String("text") && at > first) ||
                     (p.name == QLatin1String("block") && at > first + 1))

@@ -14,62 +14,26 @@
 // operation is taken to send a record only when calling it, on the record's family, with the
 // values read off the record queues exactly that record. Values are read by running the
 // operation with other values and seeing where they land. explain, decode and doc read this
-// one engine.
+// one engine. It keeps what it learns in memory; calls are not thread-safe.
 namespace engine {
 
-// One thing a record says: a field, its head, its block, its text.
-struct Part {
-    QString name;  // "head", "block", "text", "timeout"...
-    bool binary;   // bytes (one character per byte, Latin-1), else a text or a number
-    QString value; // as compared
-
-    bool operator==(const Part& o) const {
-        return name == o.name && binary == o.binary && value == o.value;
-    }
-    bool operator!=(const Part& o) const { return !(*this == o); }
-};
-
-// What an input says of one record; the parts it does not say are not compared.
+// What an input says of one record: the parts it names; the parts it does not name are not
+// compared.
 struct Target {
-    bool osd = false;
-    QVector<Part> parts;
+    Parts parts;
 };
-
-// The parts of a record that a target of the same shape compares.
-QVector<Part> partsOf(const model_Protocoldata& rec, const Target& shape);
-QVector<Part> partsOf(const model_OsdParam& rec, const Target& shape);
 
 // Targets of a record as it was printed (every field), of its head and block alone (5 or 8
 // head bytes), of a trace line (CMD..DAT4, block and text), of a text, of a frame.
-Target wholeRecord(const model_Protocoldata& rec);
-Target wholeRecord(const model_OsdParam& rec);
+template <class Rec>
+Target wholeRecord(const Rec& rec) {
+    return {fieldParts(rec)};
+}
 Target headAndBlock(const QByteArray& head, const QByteArray& block);
 Target traceLine(const QByteArray& head, const QByteArray& block, const QString& text);
 Target textAlone(const QString& text);
 Target frameAlone(const QByteArray& frame);
 Target osdFrame(const QByteArray& frame);
-
-// A value a call reads: an argument, an element of a list argument or its length, a member of
-// a JSON argument, a member of a model record, or a value of the utility library.
-struct Variable {
-    enum Where { Argument, Element, Length, Member, Model, Utility };
-    Where where = Argument;
-    int argument = -1; // Argument, Element, Length, Member
-    int index = -1;    // Element
-    QString path;      // Member: the JSON member; Model: the member's path; Utility: the option
-    args::Kind kind = args::Kind::Integer;
-    long long min = 0;
-    long long max = 0;
-
-    // As an answer names it: "scene", "banks[2]", "obj.status", "scene.sceneList[1]...",
-    // "userId".
-    QString name(const Operation& op) const;
-    bool operator==(const Variable& o) const {
-        return where == o.where && argument == o.argument && index == o.index && path == o.path;
-    }
-};
-QString valueOf(const Call& call, const Variable& v);
-bool assign(Call& call, const Variable& v, const QString& word);
 
 // What produced one run of bytes of a record's head or block.
 struct ByteName {

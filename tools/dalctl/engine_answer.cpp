@@ -3,9 +3,7 @@
 #include "engine_detail.h"
 
 #include <QJsonArray>
-#include <QRegularExpression>
 
-#include <algorithm>
 #include <cmath>
 
 namespace engine {
@@ -14,70 +12,64 @@ namespace {
 
 using namespace detail;
 
-// A record's head and block (or an OSD record's header and payload), whose bytes are named.
-Target namedParts(bool osd) {
+// A record's binary parts (head and block, or an OSD record's header and payload), whose bytes
+// are named.
+Target namedParts(const Outcome& o, int k) {
     Target t;
-    t.osd = osd;
-    t.parts << Part{QLatin1String(osd ? "header" : "head"), true, QString()}
-            << Part{QLatin1String(osd ? "payload" : "block"), true, QString()};
+    for (const Part& p : o.parts(k, {}).value_or(Parts()))
+        if (p.binary)
+            t.parts << Part{p.name, true, QString()};
     return t;
-}
-
-QVector<Part> recordParts(const Run& run, const Target& shape, int k) {
-    return run.queued(shape.osd, k) ? run.parts(shape.osd, k, shape) : QVector<Part>();
 }
 
 // The value dalctl gives a model member or utility value that no option or --model sets.
 QString defaultOf(const Variable& v) {
     if (v.where == Variable::Model)
         return members::get(Models::defaults(), v.path);
-    const UtilityOption* o = v.where == Variable::Utility ? utilityOption(v.path) : nullptr;
-    return o ? QLatin1String(o->byDefault) : QString();
+    return v.where == Variable::Utility ? QLatin1String(utilityOption(v.path)->byDefault)
+                                        : QString();
+}
+
+// Whether the record stays as it is with the value set to `word`.
+bool unchangedWith(const Call& call, const Variable& v, const QString& word, int k,
+                   const Target& target, const Parts& now) {
+    const std::optional<Parts> parts = probe(call, v, word, k, target);
+    return parts && *parts == now;
 }
 
 // Whether changing the value changes the record (a value the operation refuses says nothing).
 // A model member or utility value whose default would change it is carried too: a replay must
 // set it.
-bool carried(const Call& call, const Variable& v, const Target& target, int k,
-             const QVector<Part>& now) {
-    QStringList probes = probesOf(call, v);
+bool carried(const Call& call, const Variable& v, const Target& target, int k, const Parts& now) {
+    QStringList words = probesOf(call, v);
     if (v.where == Variable::Model || v.where == Variable::Utility)
-        probes << defaultOf(v);
-    for (const QString& probe : probes) {
-        Call changed = call;
-        if (probe == valueOf(call, v) || !assign(changed, v, probe))
-            continue;
-        const QVector<Part> parts = recordParts(runCall(changed), target, k);
-        if (!parts.isEmpty() && parts != now)
-            return true;
-    }
-    return false;
+        words << defaultOf(v);
+    return std::any_of(words.begin(), words.end(), [&](const QString& word) {
+        const std::optional<Parts> parts =
+            word == valueOf(call, v) ? std::nullopt : probe(call, v, word, k, target);
+        return parts && *parts != now;
+    });
 }
 
 // The value the record carries only the low bits of: "low byte", "low 16 bits", or empty.
 QString lowBits(const Call& call, const Variable& v, const Target& target, int k,
-                const QVector<Part>& now) {
+                const Parts& now) {
     // A text or bytes that may grow without the record changing: cut or padded.
-    if (v.kind == args::Kind::Text || v.kind == args::Kind::Bytes) {
-        Call changed = call;
-        const QString more =
-            valueOf(call, v) + QLatin1String(v.kind == args::Kind::Text ? "Zq" : "00");
-        return assign(changed, v, more) && recordParts(runCall(changed), target, k) == now
+    if (!hintsOf(v.kind).longer.isEmpty())
+        return unchangedWith(call, v, valueOf(call, v) + hintsOf(v.kind).longer, k, target, now)
                    ? QStringLiteral("no more than the record holds")
                    : QString();
-    }
-    if (v.kind != args::Kind::Integer && v.kind != args::Kind::Decimal)
+    if (v.kind != Kind::Integer && v.kind != Kind::Decimal)
         return QString();
     const double x = valueOf(call, v).toDouble();
     for (int bits : {8, 16}) {
         const double other = x + double(1LL << bits);
         if (v.max > v.min && (other > double(v.max) || v.max < (1LL << bits)))
             return QString();
-        Call changed = call;
-        const QString word = v.kind == args::Kind::Integer ? QString::number(qint64(other))
-                                                           : QString::number(other, 'f', 6);
-        if (assign(changed, v, word) && recordParts(runCall(changed), target, k) == now)
-            return v.kind == args::Kind::Decimal
+        const QString word = v.kind == Kind::Integer ? QString::number(qint64(other))
+                                                     : QString::number(other, 'f', 6);
+        if (unchangedWith(call, v, word, k, target, now))
+            return v.kind == Kind::Decimal
                        ? QStringLiteral("up to a multiple of %1").arg(1LL << bits)
                        : QLatin1String(bits == 8 ? "low byte" : "low 16 bits");
     }
@@ -105,22 +97,18 @@ bool holdsLength(const QString& bytes, const Piece& piece, int length) {
 
 // Whether a head piece is the block's length: it holds it, and each change of a value that
 // gives the block another length gives the piece that length too.
-bool isLength(const Call& call, const QVector<Variable>& variables, int k, bool osd,
+bool isLength(const Call& call, const QVector<Variable>& variables, int k, const Target& parts,
               const PartShape& head, const Piece& piece, const QString& block) {
     if (!holdsLength(head.part.value, piece, int(block.size())))
         return false;
-    const Target parts = namedParts(osd);
     bool moved = false;
     for (int owner : piece.owners)
-        for (const QString& probe : probesOf(call, variables[owner])) {
-            Call changed = call;
-            if (!assign(changed, variables[owner], probe))
+        for (const QString& word : probesOf(call, variables[owner])) {
+            const std::optional<Parts> now = probe(call, variables[owner], word, k, parts);
+            if (!now || now->size() < 2 || (*now)[1].value.size() == block.size())
                 continue;
-            const QVector<Part> now = recordParts(runCall(changed), parts, k);
-            if (now.size() < 2 || now[1].value.size() == block.size())
-                continue;
-            if (now[0].value.size() != head.part.value.size() ||
-                !holdsLength(now[0].value, piece, int(now[1].value.size())))
+            if ((*now)[0].value.size() != head.part.value.size() ||
+                !holdsLength((*now)[0].value, piece, int((*now)[1].value.size())))
                 return false;
             moved = true;
         }
@@ -172,10 +160,10 @@ QVector<Piece> withChecksumApart(const PartShape& ps) {
     return pieces;
 }
 
-QVector<ByteName> nameBytes(const Call& call, const QVector<Variable>& variables, int k, bool osd,
+QVector<ByteName> nameBytes(const Call& call, const QVector<Variable>& variables, int k,
                             const QStringList& names, const QStringList& values) {
     QVector<ByteName> named;
-    const Target parts = namedParts(osd);
+    const Target parts = namedParts(runOf(call).outcome, k);
     const Shape shape = shapeOf(call, variables, k, parts);
     if (shape.parts.size() < 2)
         return named;
@@ -184,20 +172,18 @@ QVector<ByteName> nameBytes(const Call& call, const QVector<Variable>& variables
         for (const Piece& piece : withChecksumApart(ps)) {
             if (piece.from == piece.to)
                 continue;
-            const bool length =
-                &ps == &shape.parts.first() && isLength(call, variables, k, osd, ps, piece, block);
+            const bool length = &ps == &shape.parts.first() &&
+                                isLength(call, variables, k, parts, ps, piece, block);
             const QString what = madeOf(ps, piece, length, variables, names);
             const bool constant = what == QLatin1String("constant");
-            const int owner = int(names.indexOf(what));
             const QString value =
                 constant ? QString::fromLatin1(ps.part.value.mid(piece.from, piece.to - piece.from)
                                                    .toLatin1()
                                                    .toHex(' '))
-                         : values.value(owner);
+                         : values.value(int(names.indexOf(what)));
             // Runs side by side that the same made are one.
-            const bool joins = !named.isEmpty() && named.last().part == ps.part.name &&
-                               named.last().what == what && named.last().to + 1 == piece.from;
-            if (joins) {
+            if (!named.isEmpty() && named.last().part == ps.part.name &&
+                named.last().what == what && named.last().to + 1 == piece.from) {
                 named.last().to = piece.to - 1;
                 if (constant)
                     named.last().value += QLatin1Char(' ') + value;
@@ -208,47 +194,37 @@ QVector<ByteName> nameBytes(const Call& call, const QVector<Variable>& variables
     return named;
 }
 
-// A decimal the record carries only the low bits of, scaled (hundredths in 16 bits, say): the
-// smallest of the values with those bits.
-void simplifyDecimal(Call& call, const Variable& v, const Target& target, int k,
-                     const QVector<Part>& now) {
-    const double x = valueOf(call, v).toDouble();
-    double best = x;
-    for (int bits : {8, 16, 32})
-        for (double scale : {1.0, 10.0, 100.0, 1000.0}) {
-            const double period = double(1LL << bits) / scale;
-            const double smaller = std::fmod(x, period);
-            Call c = call;
-            if (std::abs(smaller) < std::abs(best) &&
-                assign(c, v, QString::number(smaller, 'g', 12)) &&
-                recordParts(runCall(c), target, k) == now)
-                best = smaller;
-        }
-    if (best != x)
-        assign(call, v, QString::number(best, 'g', 12));
-}
-
-// An integer the record carries only the low bits of is given as the smallest number with
-// those bits, so that the answer reads as what was most likely meant.
-void simplify(Call& call, const Target& target, int k, const QVector<Part>& now) {
+// A value the record carries only the low bits of is given as the smallest number with those
+// bits (a decimal: scaled, hundredths in 16 bits, say), so that the answer reads as what was
+// most likely meant.
+void simplify(Call& call, const Target& target, int k, const Parts& now) {
     for (const Variable& v : variablesOf(call)) {
-        if (v.kind == args::Kind::Decimal) {
-            simplifyDecimal(call, v, target, k, now);
-            continue;
+        QStringList smaller;
+        if (v.kind == Kind::Decimal) {
+            const double x = valueOf(call, v).toDouble();
+            double best = x;
+            for (int bits : {8, 16, 32})
+                for (double scale : {1.0, 10.0, 100.0, 1000.0}) {
+                    const double less = std::fmod(x, double(1LL << bits) / scale);
+                    if (std::abs(less) < std::abs(best) &&
+                        unchangedWith(call, v, QString::number(less, 'g', 12), k, target, now))
+                        best = less;
+                }
+            if (best != x)
+                smaller << QString::number(best, 'g', 12);
+        } else if (v.kind == Kind::Integer) {
+            const long long x = valueOf(call, v).toLongLong();
+            const long long signedByte = static_cast<signed char>(x & 0xFF);
+            const long long signedWord = static_cast<short>(x & 0xFFFF);
+            for (long long less : {x < 0 ? signedByte : x & 0xFF, x < 0 ? signedWord : x & 0xFFFF})
+                if (std::abs(less) < std::abs(x))
+                    smaller << QString::number(less);
         }
-        if (v.kind != args::Kind::Integer)
-            continue;
-        const long long x = valueOf(call, v).toLongLong();
-        const long long signedByte = static_cast<signed char>(x & 0xFF);
-        const long long signedWord = static_cast<short>(x & 0xFFFF);
-        for (long long smaller : {x < 0 ? signedByte : x & 0xFF, x < 0 ? signedWord : x & 0xFFFF}) {
-            Call c = call;
-            if (std::abs(smaller) < std::abs(x) && assign(c, v, QString::number(smaller)) &&
-                recordParts(runCall(c), target, k) == now) {
-                call = c;
+        for (const QString& word : smaller)
+            if (v.kind == Kind::Decimal || unchangedWith(call, v, word, k, target, now)) {
+                call = changed(call, v, word).value_or(call);
                 break;
             }
-        }
     }
 }
 
@@ -257,9 +233,9 @@ Answer answerOf(const Call& call, const Family& family, int k, const Target& tar
     a.family = &family;
     a.call = call;
     a.record = k + 1;
-    const Run run = runCall(a.call);
-    a.records = run.count(target.osd);
-    const QVector<Part> now = recordParts(run, target, k);
+    const Run run = runOf(a.call);
+    a.records = run.count();
+    const Parts now = run.parts(k, target).value_or(Parts());
     const Operation& op = *a.call.op;
     simplify(a.call, target, k, now);
     QVector<Variable> carriedValues;
@@ -268,19 +244,19 @@ Answer answerOf(const Call& call, const Family& family, int k, const Target& tar
     QVector<Variable> all = variablesOf(a.call);
     if (!op.modelRecords().isEmpty())
         all += modelMembers(a.call, target);
+    QStringList names, values;
     for (const Variable& v : all) {
         // Elements past a list's end are not values of the answer: they read as zeros.
-        if (pastTheEnd(a.call, v))
-            continue;
-        if (!carried(a.call, v, target, k, now))
+        if (pastTheEnd(a.call, v) || !carried(a.call, v, target, k, now))
             continue;
         carriedValues << v;
         if (v.argument >= 0)
             argumentCarried[v.argument] = true;
-        const QString low = lowBits(a.call, v, target, k, now);
-        a.values << v.name(op) + QStringLiteral(" = ") + valueOf(a.call, v);
-        if (!low.isEmpty())
-            a.lowBytes << v.name(op) + QStringLiteral(" (") + low + QLatin1Char(')');
+        names << v.name(op);
+        values << valueOf(a.call, v);
+        a.values << names.last() + QStringLiteral(" = ") + values.last();
+        if (const QString low = lowBits(a.call, v, target, k, now); !low.isEmpty())
+            a.lowBytes << names.last() + QStringLiteral(" (") + low + QLatin1Char(')');
         if (v.where == Variable::Model)
             a.modelPaths << v.path;
         if (v.where == Variable::Utility)
@@ -289,23 +265,18 @@ Answer answerOf(const Call& call, const Family& family, int k, const Target& tar
     for (int i = 0; i < op.arguments.size(); ++i)
         if (!argumentCarried[i])
             a.notCarried << op.arguments[i].name;
-    QStringList names, values;
-    for (const Variable& v : carriedValues) {
-        names << v.name(op);
-        values << valueOf(a.call, v);
-    }
-    a.bytes = nameBytes(a.call, carriedValues, k, target.osd, names, values);
+    a.bytes = nameBytes(a.call, carriedValues, k, names, values);
     return a;
 }
 
 // Where the closest record differs from the target.
 QString differenceOf(const Run& run, const Target& target, int k) {
-    if (!run.queued(target.osd, k))
+    const std::optional<Parts> got = run.parts(k, target);
+    if (!got)
         return QStringLiteral("which queues no such record");
-    const QVector<Part> got = run.parts(target.osd, k, target);
     for (int p = 0; p < target.parts.size(); ++p) {
         const Part& want = target.parts[p];
-        const QString& have = got[p].value;
+        const QString& have = (*got)[p].value;
         if (have == want.value)
             continue;
         const QString unit = want.binary ? QStringLiteral("bytes") : QStringLiteral("characters");
@@ -341,12 +312,6 @@ QString differenceOf(const Run& run, const Target& target, int k) {
             .arg(want.value.mid(at, 12), have.mid(at, 12));
     }
     return QString();
-}
-
-// The device type of the record a call queues.
-int recordTag(const Call& call, int k) {
-    const Run r = runCall(call);
-    return r.ok && r.outcome.records.size() > k ? r.outcome.records[k].deviceType : 0;
 }
 
 // A word as an answer shows it: quoted and escaped where it could read as more than one.
@@ -496,25 +461,25 @@ namespace {
 // Where no operation's record has the target's ends: the operation whose head it has, and
 // how the rest differs ("which sends no block; 4 more bytes here").
 std::optional<Closest> closestByHead(const Target& target, const QVector<const Family*>& families) {
-    Target head{target.osd, {}};
+    Target head;
     for (const Part& p : target.parts)
-        if (commandStart(p.name) >= 0)
+        if (commandBytesOf(p.name))
             head.parts << p;
     if (head.parts.isEmpty() || head.parts.size() == target.parts.size())
         return std::nullopt;
     // Nearest by the parts that differ; of as near, the first family searched.
     auto apart = [&](const Run& run, int k) {
-        const QVector<Part> got = recordParts(run, target, k);
+        const std::optional<Parts> got = run.parts(k, target);
         long long parts = 0;
-        for (int p = 0; p < got.size(); ++p)
-            parts += got[p].value != target.parts[p].value;
-        return got.isEmpty() ? LLONG_MAX : parts;
+        for (int p = 0; got && p < got->size(); ++p)
+            parts += (*got)[p].value != target.parts[p].value;
+        return got && !got->isEmpty() ? parts : LLONG_MAX;
     };
     std::optional<Closest> closest;
     long long best = -1;
     for (const Family* family : families)
         for (const Candidate& c : candidatesFor(head, *family)) {
-            const Run run = runCall(c.start);
+            const Run run = runOf(c.start);
             const long long d = apart(run, c.record);
             if (best < 0 || d < best) {
                 best = d;
@@ -534,7 +499,7 @@ Result proveAnew(const Target& target, const QVector<const Family*>& families) {
         for (const Candidate& c : candidatesFor(target, *family)) {
             Solver solver(c.start, target, c.record);
             if (solver.solve() &&
-                (target.osd || sentTo(recordTag(solver.result(), c.record), *family))) {
+                sentTo(runOf(solver.result()).outcome.deviceType(c.record), *family)) {
                 const Answer a = answerOf(solver.result(), *family, c.record, target);
                 if (std::none_of(result.answers.begin(), result.answers.end(),
                                  [&](const Answer& b) { return sameAnswer(a, b); }))
@@ -545,7 +510,7 @@ Result proveAnew(const Target& target, const QVector<const Family*>& families) {
             if (closest < 0 || d < closest) {
                 closest = d;
                 result.closest = Closest{c.op->qualifiedName(), family->name,
-                                         differenceOf(runCall(solver.result()), target, c.record)};
+                                         differenceOf(runOf(solver.result()), target, c.record)};
             }
         }
     if (!result.answers.isEmpty())
@@ -561,7 +526,7 @@ Result prove(const Target& target, const QVector<const Family*>& families) {
     // The same record read again (a log repeats itself, a printout and its JSON line say the
     // same) is proven once.
     static QHash<QString, Result> proven;
-    QString key = QString::number(target.osd);
+    QString key;
     for (const Part& p : target.parts)
         key += QLatin1Char('\x1f') + p.name + QLatin1Char('\x1e') + p.value;
     for (const Family* family : families)
@@ -578,19 +543,16 @@ QVector<SampleRecord> sampleRecords(const Operation& op, const Family& family) {
     QVector<SampleRecord> records;
     const Quiet quiet;
     const Call call = sampleCall(op, family.code);
-    const Run run = runCall(call);
-    for (int k = 0; run.ok && k < run.count(false) + run.count(true); ++k) {
-        const bool osd = k >= run.count(false);
-        const int index = osd ? k - run.count(false) : k;
+    const Run run = runOf(call);
+    for (int k = 0; run.ok && k < run.count(); ++k) {
         SampleRecord r;
-        r.json = osd ? osdRecordJson(run.outcome.osdRecords[index])
-                     : recordJson(run.outcome.records[index]);
-        Target parts = namedParts(osd);
-        parts.parts = run.parts(osd, index, parts);
+        r.json = run.outcome.json(k);
+        Target parts = namedParts(run.outcome, k);
+        parts.parts = *run.parts(k, parts);
         // Each byte's marks: what made it, as an answer names it ("constant" left unmarked).
         r.marks.resize(parts.parts[0].value.size());
         r.blockMarks.resize(parts.parts[1].value.size());
-        for (const ByteName& b : answerOf(call, family, index, parts).bytes) {
+        for (const ByteName& b : answerOf(call, family, k, parts).bytes) {
             QVector<QStringList>& marks = b.part == parts.parts[0].name ? r.marks : r.blockMarks;
             for (int at = b.from; at <= b.to && at < marks.size(); ++at)
                 if (b.what != QLatin1String("constant"))

@@ -1,6 +1,7 @@
 #pragma once
 
-// The engine's own parts, shared by its units: values, shapes, solving and the survey.
+// The engine's own parts, shared by its units: values and the one probe, layouts, solving, the
+// survey and answers.
 #include "engine.h"
 
 #include <QHash>
@@ -11,10 +12,7 @@
 
 namespace engine::detail {
 
-// Every byte, NULs included: Qt 5's overload for a QByteArray stops at the first NUL.
-inline QString latin1(const QByteArray& bytes) {
-    return QString::fromLatin1(bytes.constData(), int(bytes.size()));
-}
+using args::Kind;
 
 // Characters that read as a text: printable ASCII only.
 inline bool printable(const QString& text) {
@@ -22,32 +20,91 @@ inline bool printable(const QString& text) {
                        [](QChar c) { return c.unicode() >= 0x20 && c.unicode() < 0x7f; });
 }
 
-// Everything a call queued, in the order of its records.
-struct Run {
-    bool ok = false; // false: the call refused its words
-    Outcome outcome;
+// ---- values
+// ----------------------------------------------------------------------------------------
 
-    int count(bool osd) const {
-        return osd ? int(outcome.osdRecords.size()) : int(outcome.records.size());
-    }
-    // Whether the call queued a record k.
-    bool queued(bool osd, int k) const { return ok && count(osd) > k; }
-    QVector<Part> parts(bool osd, int k, const Target& shape) const {
-        return osd ? partsOf(outcome.osdRecords[k], shape) : partsOf(outcome.records[k], shape);
-    }
+// A value a call reads: an argument, an element of a list argument or its length, a member of
+// a JSON argument, a member of a model record, or a value of the utility library.
+struct Variable {
+    enum Where { Argument, Element, Length, Member, Model, Utility };
+    Where where = Argument;
+    int argument = -1; // Argument, Element, Length, Member
+    int index = -1;    // Element
+    QString path;      // Member: the JSON member; Model: the member's path; Utility: the option
+    Kind kind = Kind::Integer;
+    long long min = 0;
+    long long max = 0;
+
+    // As an answer names it: "scene", "banks[2]", "obj.status", "scene.sceneList[1]...",
+    // "userId".
+    QString name(const Operation& op) const;
+    bool inRange(long long x) const { return max <= min || (x >= min && x <= max); }
 };
-
-// Runs a call, quietly; counts the runs for the benchmarks.
-Run runCall(const Call& call);
+QString valueOf(const Call& call, const Variable& v);
+// The call with the value changed; nothing when the value cannot take the word.
+std::optional<Call> changed(const Call& call, const Variable& v, const QString& word);
 
 // The values a call reads besides model members: its arguments (list arguments element by
 // element, JSON arguments member by member) and the utility's values.
 QVector<Variable> variablesOf(const Call& call);
+// The members of the call's model records that reach its records, as the target compares them.
+QVector<Variable> modelMembers(const Call& call, const Target& target);
 // An element of a list argument past the list's end, which reads as zero.
 bool pastTheEnd(const Call& call, const Variable& v);
 
-// ---- shapes: where each value lands in one record
-// -------------------------------------------------
+// ---- the one probe
+// ----------------------------------------------------------------------------------
+
+// Everything a call queued; `ok` false when it refused its words.
+struct Run {
+    bool ok = false;
+    Outcome outcome;
+
+    int count() const { return outcome.count(); }
+    bool queued(int k) const { return ok && count() > k; }
+    // The parts of record k that the target names; nothing when there is no such record.
+    std::optional<Parts> parts(int k, const Target& shape) const {
+        return queued(k) ? outcome.parts(k, shape.parts) : std::nullopt;
+    }
+};
+
+// What a call queues. The engine's one question, what parts a call gives with a value set to
+// another, is asked through this: every run is kept by the call's key, so asking again costs a
+// lookup.
+Run runOf(const Call& call);
+// The parts record k gives with `v` set to `word`; nothing when the value cannot take it, the
+// call refuses it or queues no record k.
+std::optional<Parts> probe(const Call& call, const Variable& v, const QString& word, int k,
+                           const Target& shape);
+
+// ---- the values the engine tries
+// --------------------------------------------------------------------
+
+// What the engine tries for one kind of value.
+struct Hints {
+    QStringList surveyed; // by a survey, beside the sample: small values, a byte's edges, large
+    QStringList nearby;   // where no reading brings a value to the record: the values tried
+    QString filler;       // what an empty value starts from, so that it lands somewhere
+    QString longer;       // appended to see whether the record holds more of the value
+};
+const Hints& hintsOf(Kind kind);
+// Values for a variable to probe with, beside its current one: one reaches every place the
+// value can, the others stay near it.
+QStringList probesOf(const Call& call, const Variable& v);
+// How far model members move to see whether they reach a record, and the steps a survey moves
+// the built-in models by (a little, a lot).
+constexpr int kMemberStep = 37;
+constexpr int kModelSteps[] = {kMemberStep, 0x5A5A};
+// A number and a text the utility's values are set to in a survey, beside the device-type codes
+// and the local address setting that some values are compared with.
+const QString kUtilityNumber = QStringLiteral("37");
+const QString kUtilityText = QStringLiteral("Zq1.0");
+const QString kDefaultAddress = QStringLiteral("Default");
+// Every device-type code the library tells apart, as words.
+QStringList deviceCodeWords();
+
+// ---- layouts: where each value lands in one record
+// -------------------------------------------------------------------------------
 
 // One run of characters of a part that the same values produced; no owners: a constant.
 struct Piece {
@@ -73,12 +130,9 @@ struct Shape {
 // Renders record k of `call` with each variable changed in turn and cuts its parts into the
 // pieces the variables reach. Empty parts when the call does not queue record k.
 Shape shapeOf(const Call& call, const QVector<Variable>& variables, int k, const Target& target);
-// Values for a variable to probe with, beside its current one.
-QStringList probesOf(const Call& call, const Variable& v);
-
 // Parts (the target's, or another call's) cut like the shape's: each piece's text, per part;
 // false when the constants do not match.
-bool cut(const Shape& shape, const QVector<Part>& parts, QVector<QStringList>& pieces);
+bool cut(const Shape& shape, const Parts& parts, QVector<QStringList>& pieces);
 
 // ---- which operations to try
 // ---------------------------------------------------------------------
@@ -90,21 +144,15 @@ struct Candidate {
     int record; // which of its records, from 0
 };
 QVector<Candidate> candidatesFor(const Target& target, const Family& family);
-// Where the command (CMD, or the OSD marker) starts in a head part: "command", "head" or
-// "header"; -1 for a part that is no head.
-int commandStart(const QString& part);
-// Whether a record with this device type went to the family.
-bool sentTo(int deviceType, const Family& family);
+// Whether a record with this device type went to the family (an OSD record has none).
+bool sentTo(std::optional<int> deviceType, const Family& family);
 
 // ---- solving
 // ---------------------------------------------------------------------------------------
 
 // How far a record is from the target: 0 when they match.
-long long distance(const QVector<Part>& got, const Target& target);
+long long distance(const Parts& got, const Target& target);
 long long distance(const Run& run, const Target& target, int k);
-
-// The members of the call's model records that reach its records.
-QVector<Variable> modelMembers(const Call& call, const Target& target);
 
 // Finds the values with which a call queues the target as its record k: the counts that give
 // the record its length first, then each value from where it lands, round after round until
@@ -113,7 +161,7 @@ class Solver {
 public:
     Solver(const Call& start, const Target& target, int k);
     bool solve();
-    long long distanceNow() const;
+    long long distanceNow() const { return distance(runOf(call), target, k); }
     const Call& result() const { return call; }
 
 private:
@@ -126,5 +174,10 @@ private:
     int k;
     QVector<Variable> variables;
 };
+
+// A word that gives variable `i`'s pieces what the target holds there (alone: the pieces it
+// alone makes), if one is found.
+std::optional<QString> solveVariable(const Call& call, const Shape& shape, const Target& target,
+                                     const QVector<Variable>& variables, int i, bool alone);
 
 } // namespace engine::detail

@@ -10,22 +10,10 @@
 #include "json_members.h"
 
 #include <QJsonDocument>
-#include <QJsonObject>
-
-#include <QHash>
 
 #include <map>
-#include <mutex>
-#include <tuple>
 
 namespace engine::detail {
-
-int commandStart(const QString& part) {
-    return part == QLatin1String("command")  ? 0
-           : part == QLatin1String("head")   ? 2
-           : part == QLatin1String("header") ? 0
-                                             : -1;
-}
 
 namespace {
 
@@ -35,6 +23,15 @@ model_Protocoldata translated(model_Protocoldata rec, const Family& family) {
     if (rec.deviceType == family::native)
         translate::forDevice(rec, family.code);
     return rec;
+}
+
+// The parts of record k of an outcome as the family's device receives it.
+Parts partsFor(const Call& call, const Outcome& o, int k, const Target& shape,
+               const Family* translateFor) {
+    if (!translateFor || k >= o.records.size())
+        return o.parts(k, shape.parts).value_or(Parts());
+    applyUtility(call.utility);
+    return partsOf(translated(o.records[k], *translateFor), shape.parts).value_or(Parts());
 }
 
 // ---- the runs of one operation
@@ -76,17 +73,12 @@ QString everyMember(const Operation& op, int number, const QString& text) {
 // Values beside the sample's: enough to reach each branch that a small value, a byte's edge
 // or a large value takes.
 QStringList surveyValues(const Operation& op, const Parameter& p) {
-    if (p.kind == args::Kind::Json)
-        return {everyMember(op, 37, QStringLiteral("#253545")),
-                everyMember(op, 23130, QStringLiteral("Zq1.0"))};
-    if (p.kind == args::Kind::Integer)
-        return {QStringLiteral("0"),  QStringLiteral("2"),     QStringLiteral("3"),
-                QStringLiteral("5"),  QStringLiteral("255"),   QStringLiteral("256"),
-                QStringLiteral("-1"), QStringLiteral("23130"), QStringLiteral("1515870810")};
-    if (p.kind == args::Kind::Decimal)
-        return {QStringLiteral("0"), QStringLiteral("2.25"), QStringLiteral("-1"),
-                QStringLiteral("23130.5")};
-    return {QString::fromUtf8(args::infoOf(p.kind).second)};
+    if (p.kind == Kind::Json)
+        return {everyMember(op, kMemberStep, QStringLiteral("#253545")),
+                everyMember(op, 23130, kUtilityText)};
+    const QStringList& surveyed = hintsOf(p.kind).surveyed;
+    return surveyed.isEmpty() ? QStringList{QString::fromUtf8(args::infoOf(p.kind).second)}
+                              : surveyed;
 }
 
 // How the built-in models are changed for a survey: every value, and the lists grown long
@@ -94,30 +86,25 @@ QStringList surveyValues(const Operation& op, const Parameter& p) {
 // in lists, the counts kept.
 enum class Change { Grown, Every, InLists };
 
-// The built-in models changed a little (37) or a lot (0x5A5A).
 const Models& changedModels(int step, Change change) {
     static std::map<std::pair<int, Change>, Models> all;
-    auto it = all.find({step, change});
-    if (it != all.end())
+    const auto key = std::make_pair(step, change);
+    if (const auto it = all.find(key); it != all.end())
         return it->second;
-    Models& changed = all[{step, change}];
-    changed = [step, change] {
-        Models m = Models::defaults();
-        for (const QString& record : members::children(m, QString())) {
-            const QStringList lists = members::lists(m, record);
-            for (const QString& path : change == Change::InLists ? lists : QStringList{record})
-                members::shift(m, path, step);
-            for (const QString& list : change == Change::Grown ? lists : QStringList())
-                if (members::children(m, list).size() < 48)
-                    members::resize(m, list, 48);
-        }
-        return m;
-    }();
-    return changed;
+    Models m = Models::defaults();
+    for (const QString& record : members::children(m, QString())) {
+        const QStringList lists = members::lists(m, record);
+        for (const QString& path : change == Change::InLists ? lists : QStringList{record})
+            members::shift(m, path, step);
+        for (const QString& list : change == Change::Grown ? lists : QStringList())
+            if (members::children(m, list).size() < 48)
+                members::resize(m, list, 48);
+    }
+    return all[key] = m;
 }
 
 // The utility's values changed: to a plain number and text, or (where a value is compared
-// with one) to a device-type code the families have, or the local address setting "Default".
+// with one) to a device-type code the families have, or the local address setting.
 UtilityValues changedUtility(const UtilityValues& from, const QString& number,
                              const QString& text) {
     UtilityValues u = from;
@@ -129,10 +116,9 @@ UtilityValues changedUtility(const UtilityValues& from, const QString& number,
 OperationSurvey survey(const Operation& op, const Family& family) {
     OperationSurvey s;
     s.op = &op;
-    const Call base = sampleCall(op, family.code);
     QHash<QByteArray, int> branchOf;
     auto add = [&](const Call& call) {
-        const Run r = runCall(call);
+        const Run r = runOf(call);
         if (!r.ok || r.outcome.empty())
             return;
         const QByteArray key = branchKey(r.outcome);
@@ -143,6 +129,10 @@ OperationSurvey survey(const Operation& op, const Family& family) {
         s.branches[branchOf.value(key)] << int(s.runs.size());
         s.runs << SurveyRun{call, r.outcome};
     };
+    QStringList numbers{kUtilityNumber};
+    for (const Family& f : families())
+        for (int code : f.codes.mid(1))
+            numbers << QString::number(code);
     auto varied = [&](const Call& from) {
         for (int i = 0; i < op.arguments.size(); ++i)
             for (const QString& value : surveyValues(op, op.arguments[i])) {
@@ -151,28 +141,24 @@ OperationSurvey survey(const Operation& op, const Family& family) {
                 add(c);
             }
         if (!op.modelRecords().isEmpty())
-            for (int step : {37, 0x5A5A})
+            for (int step : kModelSteps)
                 for (Change change : {Change::Grown, Change::Every, Change::InLists}) {
                     Call c = from;
                     c.models = changedModels(step, change);
                     add(c);
                 }
-        QStringList numbers{QStringLiteral("37")};
-        for (const Family& f : families())
-            for (int code : f.codes.mid(1))
-                numbers << QString::number(code);
         for (const QString& number : numbers) {
             Call c = from;
-            c.utility = changedUtility(from.utility, number, QStringLiteral("Zq1.0"));
+            c.utility = changedUtility(from.utility, number, kUtilityText);
             add(c);
         }
         Call c = from;
-        c.utility = changedUtility(from.utility, numbers.first(), QStringLiteral("Default"));
+        c.utility = changedUtility(from.utility, numbers.first(), kDefaultAddress);
         add(c);
     };
-    add(base);
+    add(sampleCall(op, family.code));
     const bool sampleQueued = !s.runs.isEmpty();
-    varied(base);
+    varied(sampleCall(op, family.code));
     // A branch that another value reached has every value changed from there too, so that its
     // fixed ends are only what no value changes.
     const int reached = int(s.branches.size());
@@ -189,78 +175,53 @@ OperationSurvey survey(const Operation& op, const Family& family) {
 
 struct Entry {
     const OperationSurvey* survey;
-    bool translate; // its runs were made on the native family
+    const Family* translateFor; // the family its native runs are translated for, if any
 };
 
-class Surveys {
-public:
-    const QVector<Entry>& of(const Family& family) {
-        std::lock_guard<std::mutex> lock(guard);
-        QVector<Entry>& list = entries[family.name];
-        if (!list.isEmpty())
-            return list;
-        const Quiet quiet;
-        const bool tarsel = family.routed();
-        for (const Operation& op : operations()) {
-            if (op.className != family.className || !explainable(op))
-                continue;
-            if (!tarsel) {
-                list << Entry{&own(op, family), false};
-                continue;
-            }
-            const OperationSurvey& native = own(op, families().first());
-            const bool alike = sameAsTranslated(op, family);
-            list << Entry{alike ? &native : &own(op, family), alike};
-        }
-        return list;
-    }
-
-private:
-    const OperationSurvey& own(const Operation& op, const Family& family) {
-        const auto key = std::make_pair(family.name, &op);
-        auto it = surveys.find(key);
-        if (it == surveys.end())
-            it = surveys.emplace(key, survey(op, family)).first;
-        return it->second;
-    }
-
-    // Whether the operation's sample call on the family queues what its native call does,
-    // translated.
-    static bool sameAsTranslated(const Operation& op, const Family& family) {
-        const Family& native = families().first();
-        if (&family == &native)
-            return true;
-        const Run there = runCall(sampleCall(op, family.code));
-        const Run here = runCall(sampleCall(op, native.code));
-        if (there.ok != here.ok || there.outcome.records.size() != here.outcome.records.size())
-            return false;
-        applyUtility(sampleCall(op, family.code).utility);
-        for (int k = 0; k < here.outcome.records.size(); ++k) {
-            const model_Protocoldata a = translated(here.outcome.records[k], family);
-            const model_Protocoldata& b = there.outcome.records[k];
-            if (recordJson(a) != recordJson(b))
-                return false;
-        }
+// Whether the operation's sample call on the family queues what its native call does,
+// translated.
+bool sameAsTranslated(const Operation& op, const Family& family) {
+    const Family& native = families().first();
+    if (&family == &native)
         return true;
+    const Run there = runOf(sampleCall(op, family.code));
+    const Run here = runOf(sampleCall(op, native.code));
+    if (there.ok != here.ok || there.outcome.records.size() != here.outcome.records.size())
+        return false;
+    applyUtility(sampleCall(op, family.code).utility);
+    for (int k = 0; k < here.outcome.records.size(); ++k)
+        if (recordJson(translated(here.outcome.records[k], family)) !=
+            recordJson(there.outcome.records[k]))
+            return false;
+    return true;
+}
+
+const OperationSurvey& surveyOf(const Operation& op, const Family& family) {
+    static std::map<std::pair<QString, const Operation*>, OperationSurvey> surveys;
+    const auto key = std::make_pair(family.name, &op);
+    auto it = surveys.find(key);
+    if (it == surveys.end())
+        it = surveys.emplace(key, survey(op, family)).first;
+    return it->second;
+}
+
+const QVector<Entry>& entriesOf(const Family& family) {
+    static QHash<QString, QVector<Entry>> entries;
+    QVector<Entry>& list = entries[family.name];
+    if (!list.isEmpty())
+        return list;
+    for (const Operation& op : operations()) {
+        if (op.className != family.className || !explainable(op))
+            continue;
+        const bool alike = family.routed() && sameAsTranslated(op, family);
+        list << (alike ? Entry{&surveyOf(op, families().first()), &family}
+                       : Entry{&surveyOf(op, family), nullptr});
     }
-
-    std::mutex guard;
-    std::map<std::pair<QString, const Operation*>, OperationSurvey> surveys;
-    QHash<QString, QVector<Entry>> entries;
-};
-
-Surveys& surveys() {
-    static Surveys all;
-    return all;
+    return list;
 }
 
 // ---- the fixed ends
 // ----------------------------------------------------------------------------------
-
-bool comparedByEnds(const Part& p) {
-    return p.binary || p.name == QLatin1String("text") || p.name == QLatin1String("strAux1") ||
-           p.name == QLatin1String("tag");
-}
 
 // What every run of a branch renders alike in one part: of a head, only the command (CMD and
 // DAT1, or the OSD marker and command) where no run changed it, as a value that no run changed
@@ -280,14 +241,13 @@ Ends endsOf(const QStringList& renderings, const QString& part) {
         return e;
     e.none = false;
     const QString& f = renderings.first();
-    const int command = commandStart(part);
-    if (command >= 0) {
+    if (const std::optional<CommandBytes> command = commandBytesOf(part)) {
         e.size = int(f.size());
         for (const QString& r : renderings)
             if (r.size() != f.size())
                 e.size = -2;
-        const int end = command + (part == QLatin1String("header") ? 5 : 2);
-        for (int at = command; e.size >= 0 && at < end && at < f.size(); ++at) {
+        for (int at = command->at; e.size >= 0 && at < command->at + command->held && at < f.size();
+             ++at) {
             e.fixed += f[at];
             e.held << std::all_of(renderings.begin(), renderings.end(),
                                   [&](const QString& r) { return r[at] == f[at]; });
@@ -321,12 +281,11 @@ bool endsFit(const Ends& e, const Part& part) {
     const QString& wanted = part.value;
     if (e.none)
         return false;
-    const int command = commandStart(part.name);
-    if (command >= 0) {
+    if (const std::optional<CommandBytes> command = commandBytesOf(part.name)) {
         if (e.size != wanted.size())
             return false;
         for (int i = 0; i < e.held.size(); ++i)
-            if (e.held[i] && wanted[command + i] != e.fixed[i])
+            if (e.held[i] && wanted[command->at + i] != e.fixed[i])
                 return false;
         return true;
     }
@@ -338,13 +297,30 @@ bool endsFit(const Ends& e, const Part& part) {
            wanted.left(e.prefix.size()) == e.prefix && wanted.right(e.suffix.size()) == e.suffix;
 }
 
-} // namespace
-
-// Whether a record's device type says it went to the family; a record that names no family
-// (the device search's first probes) counts as the native family's.
-bool sentTo(int deviceType, const Family& family) {
-    const Family* own = familyOfCode(deviceType);
-    return own ? own == &family : &family == &families().first();
+// Whether every run of the branch renders record k's parts with the target's ends.
+bool endsMatch(const Entry& entry, int branch, int k, const Family& family, const Target& target) {
+    const OperationSurvey& s = *entry.survey;
+    for (const Part& wanted : target.parts) {
+        if (!comparedByEnds(wanted.name))
+            continue;
+        // Every target compares the same ends: they are found once.
+        static std::map<std::tuple<const OperationSurvey*, int, int, const Family*, QString>, Ends>
+            known;
+        const auto key = std::make_tuple(&s, branch, k, &family, wanted.name);
+        auto ends = known.find(key);
+        if (ends == known.end()) {
+            QStringList renderings;
+            for (int run : s.branches[branch]) {
+                const Parts one = partsFor(s.runs[run].call, s.runs[run].outcome, k, {{wanted}},
+                                           entry.translateFor);
+                renderings << (one.isEmpty() ? QString() : one.first().value);
+            }
+            ends = known.emplace(key, endsOf(renderings, wanted.name)).first;
+        }
+        if (!endsFit(ends->second, wanted))
+            return false;
+    }
+    return true;
 }
 
 // The device a target's record went to: the code it carries, if it is the family's, else the
@@ -356,83 +332,42 @@ int deviceOf(const Target& target, const Family& family) {
     return family.code;
 }
 
+} // namespace
+
+// Whether a record's device type says it went to the family; a record that names no family
+// (the device search's first probes) counts as the native family's.
+bool sentTo(std::optional<int> deviceType, const Family& family) {
+    if (!deviceType)
+        return true;
+    const Family* own = familyOfCode(*deviceType);
+    return own ? own == &family : &family == &families().first();
+}
+
 QVector<Candidate> candidatesFor(const Target& target, const Family& family) {
     QVector<Candidate> found;
     const Quiet quiet;
     // The keyboard's class also sends the device search's probes to the processor families.
-    QVector<Entry> entries = surveys().of(family);
+    QVector<Entry> entries = entriesOf(family);
     if (family.routed())
         for (const Family* f : familiesOf(QStringLiteral("Dal_Pommet")))
-            entries += surveys().of(*f);
+            entries += entriesOf(*f);
     for (const Entry& entry : entries) {
         const OperationSurvey& s = *entry.survey;
-        for (const QVector<int>& branch : s.branches) {
-            const Outcome& first = s.runs[branch.first()].outcome;
-            const int records =
-                target.osd ? int(first.osdRecords.size()) : int(first.records.size());
-            for (int k = 0; k < records; ++k) {
-                bool fits = true;
-                if (!target.osd) {
-                    const model_Protocoldata& rec = first.records[k];
-                    const int tag = entry.translate && rec.deviceType == family::native
-                                        ? family.code
-                                        : rec.deviceType;
-                    fits = sentTo(tag, family);
-                }
-                for (int p = 0; fits && p < target.parts.size(); ++p) {
-                    const Part& wanted = target.parts[p];
-                    if (!comparedByEnds(wanted))
-                        continue;
-                    // The heads are the same in every family but Cadex: they are compared
-                    // untranslated, and a part that translation makes is read after it.
-                    const bool translate =
-                        entry.translate &&
-                        (!wanted.binary || wanted.name == QLatin1String("block") ||
-                         family.name == QLatin1String("Cadex"));
-                    // Every target compares the same ends: they are found once.
-                    static std::map<
-                        std::tuple<const OperationSurvey*, int, int, const Family*, bool, QString>,
-                        Ends>
-                        known;
-                    const auto key = std::make_tuple(&s, int(&branch - s.branches.data()), k,
-                                                     &family, translate, wanted.name);
-                    auto ends = known.find(key);
-                    if (ends == known.end()) {
-                        QStringList renderings;
-                        for (int run : branch) {
-                            const SurveyRun& r = s.runs[run];
-                            if (target.osd) {
-                                renderings
-                                    << partsOf(r.outcome.osdRecords[k], Target{true, {wanted}})
-                                           .first()
-                                           .value;
-                                continue;
-                            }
-                            if (translate)
-                                applyUtility(r.call.utility);
-                            const model_Protocoldata rec =
-                                translate ? translated(r.outcome.records[k], family)
-                                          : r.outcome.records[k];
-                            renderings << partsOf(rec, Target{false, {wanted}}).first().value;
-                        }
-                        ends = known.emplace(key, endsOf(renderings, wanted.name)).first;
-                    }
-                    fits = endsFit(ends->second, wanted);
-                }
-                if (!fits)
+        for (int b = 0; b < s.branches.size(); ++b) {
+            const Outcome& first = s.runs[s.branches[b].first()].outcome;
+            for (int k = 0; k < first.count(); ++k) {
+                std::optional<int> tag = first.deviceType(k);
+                if (tag && entry.translateFor && *tag == family::native)
+                    tag = family.code;
+                if (!sentTo(tag, family) || !endsMatch(entry, b, k, family, target))
                     continue;
                 // The run whose record comes closest is where the search starts.
-                int closest = branch.first();
+                int closest = s.branches[b].first();
                 long long best = -1;
-                for (int run : branch) {
+                for (int run : s.branches[b]) {
                     const SurveyRun& r = s.runs[run];
-                    if (target.osd)
-                        break; // an OSD frame's fixed ends are all there is to compare
-                    applyUtility(r.call.utility);
-                    const model_Protocoldata rec = entry.translate
-                                                       ? translated(r.outcome.records[k], family)
-                                                       : r.outcome.records[k];
-                    const long long d = distance(partsOf(rec, target), target);
+                    const long long d = distance(
+                        partsFor(r.call, r.outcome, k, target, entry.translateFor), target);
                     if (best < 0 || d < best) {
                         closest = run;
                         best = d;

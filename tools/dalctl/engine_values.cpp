@@ -1,4 +1,5 @@
-// The values a call reads, and the parts of a record an input says.
+// The values a call reads, the one probe through which every run is asked, and the values the
+// engine probes with.
 #include "engine_detail.h"
 
 #include "json_members.h"
@@ -7,103 +8,30 @@
 
 namespace engine {
 
-namespace {
-
-QByteArray headBytes(const model_Protocoldata& rec, int from, int count) {
-    return QByteArray(reinterpret_cast<const char*>(rec.cmdHead) + from, count);
-}
-
-Part text(const char* name, const QString& value) { return {QLatin1String(name), false, value}; }
-Part number(const char* name, long long value) {
-    return {QLatin1String(name), false, QString::number(value)};
-}
-Part bytes(const char* name, const QByteArray& value) {
-    return {QLatin1String(name), true, detail::latin1(value)};
-}
-
-} // namespace
-
-QVector<Part> partsOf(const model_Protocoldata& rec, const Target& shape) {
-    QVector<Part> parts;
-    for (const Part& p : shape.parts) {
-        const QString& n = p.name;
-        if (n == QLatin1String("command"))
-            parts << bytes("command", headBytes(rec, 2, 5));
-        else if (n == QLatin1String("head"))
-            parts << bytes("head", headBytes(rec, 0, 8));
-        else if (n == QLatin1String("block"))
-            parts << bytes("block", rec.arryDatablock);
-        else if (n == QLatin1String("text"))
-            parts << text("text", rec.Datablock);
-        else if (n == QLatin1String("strAux1"))
-            parts << text("strAux1", rec.strAux1);
-        else if (n == QLatin1String("deviceType"))
-            parts << number("deviceType", rec.deviceType);
-        else if (n == QLatin1String("connectType"))
-            parts << number("connectType", rec.connectType);
-        else if (n == QLatin1String("dataType"))
-            parts << number("dataType", rec.dataType);
-        else if (n == QLatin1String("msgCode"))
-            parts << number("msgCode", rec.msgCode);
-        else if (n == QLatin1String("statusByte"))
-            parts << number("statusByte", rec.statusByte);
-        else if (n == QLatin1String("timeout"))
-            parts << number("timeout", rec.timeout);
-    }
-    return parts;
-}
-
-QVector<Part> partsOf(const model_OsdParam& rec, const Target& shape) {
-    QVector<Part> parts;
-    for (const Part& p : shape.parts) {
-        if (p.name == QLatin1String("header"))
-            parts << bytes("header", QByteArray(reinterpret_cast<const char*>(rec.frameHead),
-                                                int(sizeof rec.frameHead)));
-        else if (p.name == QLatin1String("payload"))
-            parts << bytes("payload", rec.payload);
-        else if (p.name == QLatin1String("tag"))
-            parts << text("tag", rec.tag);
-        else if (p.name == QLatin1String("timeout"))
-            parts << number("timeout", rec.timeout);
-    }
-    return parts;
-}
-
-Target wholeRecord(const model_Protocoldata& rec) {
-    Target t;
-    for (const char* name : {"deviceType", "connectType", "dataType", "msgCode", "statusByte",
-                             "timeout", "strAux1", "head", "text", "block"})
-        t.parts << Part{QLatin1String(name), false, QString()};
-    t.parts = partsOf(rec, t);
-    return t;
-}
-
-Target wholeRecord(const model_OsdParam& rec) {
-    Target t;
-    t.osd = true;
-    for (const char* name : {"tag", "timeout", "header", "payload"})
-        t.parts << Part{QLatin1String(name), false, QString()};
-    t.parts = partsOf(rec, t);
-    return t;
-}
-
 Target headAndBlock(const QByteArray& head, const QByteArray& block) {
-    return {false, {bytes(head.size() == 8 ? "head" : "command", head), bytes("block", block)}};
+    return {{bytesPart(head.size() == 8 ? "head" : "command", head), bytesPart("block", block)}};
 }
 
 Target traceLine(const QByteArray& head, const QByteArray& block, const QString& value) {
-    return {false, {bytes("command", head), bytes("block", block), text("text", value)}};
+    return {{bytesPart("command", head), bytesPart("block", block), Part{"text", false, value}}};
 }
 
-Target textAlone(const QString& value) { return {false, {text("text", value)}}; }
+Target textAlone(const QString& value) { return {{Part{"text", false, value}}}; }
 
-Target frameAlone(const QByteArray& frame) { return {false, {bytes("block", frame)}}; }
+Target frameAlone(const QByteArray& frame) { return {{bytesPart("block", frame)}}; }
 
 Target osdFrame(const QByteArray& frame) {
-    return {true, {bytes("header", frame.left(11)), bytes("payload", frame.mid(11))}};
+    return {{bytesPart("header", frame.left(11)), bytesPart("payload", frame.mid(11))}};
 }
 
-// ---- variables ---------------------------------------------------------------------------------
+bool explainable(const Operation& op) {
+    return std::none_of(op.parameters.begin(), op.parameters.end(), [](const Parameter& p) {
+        return p.name == QLatin1String("cmd") || p.kind == args::Kind::Record ||
+               p.kind == args::Kind::OsdRecord;
+    });
+}
+
+namespace detail {
 
 QString Variable::name(const Operation& op) const {
     const QString argument = op.arguments.value(this->argument).name;
@@ -120,14 +48,12 @@ QString Variable::name(const Operation& op) const {
         // The record's class gives way to the parameter's name: "scene.sceneList[1]...".
         const QString record = path.section(QLatin1Char('.'), 0, 0).section(QLatin1Char('['), 0, 0);
         for (const Parameter& p : op.parameters)
-            if (p.kind == args::Kind::Model && p.type.startsWith(record))
+            if (p.kind == Kind::Model && p.type.startsWith(record))
                 return p.name + path.mid(record.size());
         return path;
     }
-    case Utility: {
-        const UtilityOption* o = utilityOption(path);
-        return o ? QLatin1String(o->name) : path;
-    }
+    case Utility:
+        return QLatin1String(utilityOption(path)->name);
     }
     return QString();
 }
@@ -135,12 +61,52 @@ QString Variable::name(const Operation& op) const {
 namespace {
 
 // The words of a list argument's elements.
-QStringList elementsOf(const QString& word, args::Kind kind) {
+QStringList elementsOf(const QString& word, Kind kind) {
     return word.isEmpty() ? QStringList() : word.split(QLatin1Char(args::separatorOf(kind)));
 }
 
 QJsonObject objectOf(const QString& word) {
     return QJsonDocument::fromJson(word.toUtf8()).object();
+}
+
+Kind kindOf(dal::json::Kind kind) {
+    return kind == dal::json::Kind::Text ? Kind::Text : Kind::Integer;
+}
+
+// Sets the value in place; false when it cannot take the word.
+bool assign(Call& call, const Variable& v, const QString& value) {
+    if (v.where == Variable::Model)
+        return members::set(call.models, v.path, value);
+    if (v.where == Variable::Utility) {
+        utilityOption(v.path)->set(call.utility, value);
+        return true;
+    }
+    QString& word = call.words[v.argument];
+    const Kind kind = call.op->arguments[v.argument].kind;
+    if (v.where == Variable::Argument) {
+        word = value;
+    } else if (v.where == Variable::Member) {
+        QJsonObject object = objectOf(word);
+        object.insert(v.path,
+                      v.kind == Kind::Text ? QJsonValue(value) : QJsonValue(value.toLongLong()));
+        word = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    } else {
+        QStringList elements = elementsOf(word, kind);
+        if (v.where == Variable::Length) {
+            const int size = value.toInt();
+            if (size < 0)
+                return false;
+            while (elements.size() < size)
+                elements << (elements.isEmpty() ? QStringLiteral("0") : elements.last());
+            elements = elements.mid(0, size);
+        } else {
+            while (elements.size() <= v.index)
+                elements << QStringLiteral("0");
+            elements[v.index] = value;
+        }
+        word = elements.join(QLatin1Char(args::separatorOf(kind)));
+    }
+    return true;
 }
 
 } // namespace
@@ -168,50 +134,10 @@ QString valueOf(const Call& call, const Variable& v) {
     return QString();
 }
 
-bool assign(Call& call, const Variable& v, const QString& value) {
-    if (v.where == Variable::Model)
-        return members::set(call.models, v.path, value);
-    if (v.where == Variable::Utility) {
-        utilityOption(v.path)->set(call.utility, value);
-        return true;
-    }
-    QString& word = call.words[v.argument];
-    switch (v.where) {
-    case Variable::Argument:
-        word = value;
-        return true;
-    case Variable::Element:
-    case Variable::Length: {
-        const args::Kind kind = call.op->arguments[v.argument].kind;
-        QStringList elements = elementsOf(word, kind);
-        if (v.where == Variable::Length) {
-            const int size = value.toInt();
-            if (size < 0)
-                return false;
-            while (elements.size() < size)
-                elements << (elements.isEmpty() ? QStringLiteral("0") : elements.last());
-            elements = elements.mid(0, size);
-        } else {
-            while (elements.size() <= v.index)
-                elements << QStringLiteral("0");
-            elements[v.index] = value;
-        }
-        word = elements.join(QLatin1Char(args::separatorOf(kind)));
-        return true;
-    }
-    case Variable::Member: {
-        QJsonObject object = objectOf(word);
-        object.insert(v.path, v.kind == args::Kind::Text ? QJsonValue(value)
-                                                         : QJsonValue(value.toLongLong()));
-        word = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
-        return true;
-    }
-    default:
-        return false;
-    }
+std::optional<Call> changed(const Call& call, const Variable& v, const QString& word) {
+    Call c = call;
+    return assign(c, v, word) ? std::optional<Call>(c) : std::nullopt;
 }
-
-namespace detail {
 
 bool pastTheEnd(const Call& call, const Variable& v) {
     return v.where == Variable::Element &&
@@ -224,35 +150,24 @@ QVector<Variable> variablesOf(const Call& call) {
     const Operation& op = *call.op;
     for (int i = 0; i < op.arguments.size(); ++i) {
         const Parameter& p = op.arguments[i];
-        switch (p.kind) {
-        case args::Kind::Numbers:
-        case args::Kind::DashNumbers: {
+        if (p.kind == Kind::Numbers || p.kind == Kind::DashNumbers) {
             // The elements the call may read, beyond those given: a list reads zeros past its
             // end, or is zero-padded.
             const int count = std::max(int(elementsOf(call.words[i], p.kind).size()), 16);
-            all << Variable{Variable::Length, i, -1, QString(), args::Kind::Integer, 0, 1024};
+            all << Variable{Variable::Length, i, -1, QString(), Kind::Integer, 0, 1024};
             for (int e = 0; e < count; ++e)
                 all << Variable{Variable::Element,
                                 i,
                                 e,
                                 QString(),
-                                args::Kind::Integer,
-                                p.kind == args::Kind::Numbers ? p.min : 0,
+                                Kind::Integer,
+                                p.kind == Kind::Numbers ? p.min : 0,
                                 p.max};
-            break;
-        }
-        case args::Kind::Json:
+        } else if (p.kind == Kind::Json) {
             for (const dal::json::Member& m : dal::json::membersOf(op.name))
-                all << Variable{Variable::Member,
-                                i,
-                                -1,
-                                QLatin1String(m.name),
-                                m.kind == dal::json::Kind::Text ? args::Kind::Text
-                                                                : args::Kind::Integer,
-                                INT_MIN,
-                                INT_MAX};
-            break;
-        default:
+                all << Variable{Variable::Member, i,       -1,     QLatin1String(m.name),
+                                kindOf(m.kind),   INT_MIN, INT_MAX};
+        } else {
             all << Variable{Variable::Argument, i, -1, QString(), p.kind, p.min, p.max};
         }
     }
@@ -261,20 +176,169 @@ QVector<Variable> variablesOf(const Call& call) {
                         -1,
                         -1,
                         QLatin1String(o.option),
-                        o.text ? args::Kind::Text : args::Kind::Integer,
+                        o.text ? Kind::Text : Kind::Integer,
                         o.min,
                         o.max};
     return all;
 }
 
-} // namespace detail
-
-bool explainable(const Operation& op) {
-    for (const Parameter& p : op.parameters)
-        if (p.name == QLatin1String("cmd") || p.kind == args::Kind::Record ||
-            p.kind == args::Kind::OsdRecord)
-            return false;
-    return true;
+QVector<Variable> modelMembers(const Call& call, const Target& target) {
+    const Run base = runOf(call);
+    auto rendering = [&](const Run& r) {
+        QVector<std::optional<Parts>> all;
+        for (int j = 0; r.ok && j < r.count(); ++j)
+            all << r.parts(j, target);
+        return all;
+    };
+    const auto seen = rendering(base);
+    auto affects = [&](const QStringList& paths) {
+        Call c = call;
+        for (const QString& path : paths)
+            members::shift(c.models, path, kMemberStep);
+        const Run r = runOf(c);
+        return r.ok != base.ok || rendering(r) != seen;
+    };
+    QVector<Variable> found;
+    // Halving: a group of members that changes nothing holds none that reaches the records.
+    std::function<void(const QStringList&)> search = [&](const QStringList& paths) {
+        if (paths.isEmpty() || !affects(paths))
+            return;
+        if (paths.size() > 1) {
+            search(paths.mid(0, paths.size() / 2));
+            search(paths.mid(paths.size() / 2));
+            return;
+        }
+        const members::Leaf leaf = members::at(call.models, paths.first());
+        if (leaf.node == members::Node::Value)
+            found << Variable{Variable::Model, -1,       -1,      paths.first(),
+                              leaf.kind,       leaf.min, leaf.max};
+        else
+            search(members::children(call.models, paths.first()));
+    };
+    QStringList roots;
+    for (const QString& record : call.op->modelRecords())
+        roots << members::children(call.models, record);
+    search(roots);
+    return found;
 }
+
+// ---- the one probe
+// ----------------------------------------------------------------------------------
+
+Run runOf(const Call& call) {
+    // Bounded, so that memory does not grow with the input.
+    static QHash<QString, Run> kept;
+    const QString key = call.key();
+    const auto known = kept.constFind(key);
+    if (known != kept.constEnd())
+        return *known;
+    if (kept.size() > 20000)
+        kept.clear();
+    Run run;
+    try {
+        run.outcome = ::run(call);
+        run.ok = true;
+    } catch (const std::exception&) {
+    }
+    return kept[key] = run;
+}
+
+std::optional<Parts> probe(const Call& call, const Variable& v, const QString& word, int k,
+                           const Target& shape) {
+    const std::optional<Call> c = changed(call, v, word);
+    return c ? runOf(*c).parts(k, shape) : std::nullopt;
+}
+
+// ---- the values probed with
+// ------------------------------------------------------------------------
+
+namespace {
+
+// An integer probe that reaches every byte: alternate bits of each.
+constexpr long long kEveryBit = 0x5A5A5A5ALL;
+
+QString withinRange(long long value, const Variable& v) {
+    if (v.max > v.min)
+        value = std::clamp(value, v.min, v.max);
+    return QString::number(value);
+}
+
+QStringList numbers(long long from, long long to) {
+    QStringList words;
+    for (long long x = from; x <= to; ++x)
+        words << QString::number(x);
+    return words;
+}
+
+} // namespace
+
+const Hints& hintsOf(Kind kind) {
+    static const Hints integer{
+        {"0", "2", "3", "5", "255", "256", "-1", "23130", "1515870810"}, numbers(-1, 16), {}, {}};
+    static const Hints decimal{{"0", "2.25", "-1", "23130.5"}, {}, {}, {}};
+    static const Hints text{{}, {}, "ab", "Zq"};
+    static const Hints bytes{{}, {}, "0a0b", "00"};
+    static const Hints boolean{{}, numbers(-1, 16), {}, {}};
+    static const Hints other{};
+    switch (kind) {
+    case Kind::Integer:
+        return integer;
+    case Kind::Decimal:
+        return decimal;
+    case Kind::Text:
+        return text;
+    case Kind::Bytes:
+        return bytes;
+    case Kind::Boolean:
+        return boolean;
+    default:
+        return other;
+    }
+}
+
+QStringList deviceCodeWords() {
+    QStringList words;
+    for (const Family& family : families())
+        for (int code : family.codes)
+            words << QString::number(code);
+    return words;
+}
+
+QStringList probesOf(const Call& call, const Variable& v) {
+    const QString now = valueOf(call, v);
+    switch (v.kind) {
+    case Kind::Boolean:
+        return {now == QLatin1String("true") ? QStringLiteral("false") : QStringLiteral("true")};
+    case Kind::Decimal: {
+        const double x = now.toDouble();
+        return {QString::number(x + 1.25), QString::number(x * 2 + 300.5)};
+    }
+    // A text or bytes changed at every place, and one grown longer.
+    case Kind::Text: {
+        QString other = now;
+        for (QChar& c : other)
+            c = c == QLatin1Char('Z') ? QLatin1Char('Y') : QLatin1Char('Z');
+        // Long enough to fill a padded field to its end; and a colour, read as bytes.
+        return {other.isEmpty() ? QStringLiteral("q") : other, now + QStringLiteral("Zq"),
+                now + QStringLiteral("Zq").repeated(16), QStringLiteral("#5a3c7e")};
+    }
+    case Kind::Bytes: {
+        QByteArray other = QByteArray::fromHex(now.toLatin1());
+        for (char& c : other)
+            c = static_cast<char>(c ^ 0xA5);
+        return {other.isEmpty() ? QStringLiteral("5a") : QString::fromLatin1(other.toHex()),
+                now + QStringLiteral("a5c3"), now + QString(64, QLatin1Char('7'))};
+    }
+    default: {
+        const long long x = now.toLongLong();
+        // One change reaches every byte a value can, the others stay near it.
+        const long long mask = v.max > 0 && v.max < kEveryBit ? v.max : kEveryBit;
+        return {withinRange(x ^ (kEveryBit & mask), v), withinRange(x + 1, v),
+                withinRange(x - 1, v)};
+    }
+    }
+}
+
+} // namespace detail
 
 } // namespace engine

@@ -148,12 +148,8 @@ using members::Node;
 template <class T>
 constexpr Node nodeOf() {
     using V = std::remove_const_t<T>;
-    if constexpr (std::is_same_v<V, QString>)
-        return Node::Text;
-    else if constexpr (std::is_floating_point_v<V>)
-        return Node::Decimal;
-    else if constexpr (std::is_arithmetic_v<V>)
-        return Node::Number;
+    if constexpr (std::is_same_v<V, QString> || std::is_arithmetic_v<V>)
+        return Node::Value;
     else if constexpr (ListOf<V>::value)
         return Node::List;
     else if constexpr (std::is_array_v<V>)
@@ -165,7 +161,10 @@ constexpr Node nodeOf() {
 template <class T>
 members::Leaf leafOf() {
     using V = std::remove_const_t<T>;
-    members::Leaf leaf{nodeOf<T>(), 0, 0};
+    using args::Kind;
+    members::Leaf leaf{nodeOf<T>(), std::is_same_v<V, QString>    ? Kind::Text
+                                    : std::is_floating_point_v<V> ? Kind::Decimal
+                                                                  : Kind::Integer};
     if constexpr (std::is_integral_v<V>) {
         leaf.min = static_cast<long long>(std::numeric_limits<V>::min());
         leaf.max = static_cast<long long>(std::numeric_limits<V>::max());
@@ -438,7 +437,7 @@ QJsonValue sparseJson(const T& value, const QStringList& paths) {
             }
             // A scalar entry is written whole; a record or a list only where the paths reach.
             using Entry = Bare<decltype(value[i])>;
-            if constexpr (nodeOf<Entry>() >= Node::Number)
+            if constexpr (nodeOf<Entry>() == Node::Value)
                 array << scalarJson(value[i]);
             else
                 array << sparseJson(value[i], below);
@@ -481,7 +480,7 @@ QStringList children(const Models& m, const QString& path) {
 QString get(const Models& m, const QString& path) {
     QString word;
     reach(m, path, [&](const auto& value) {
-        if constexpr (nodeOf<Bare<decltype(value)>>() >= Node::Number)
+        if constexpr (nodeOf<Bare<decltype(value)>>() == Node::Value)
             word = wordOf(value);
     });
     return word;
@@ -490,9 +489,11 @@ QString get(const Models& m, const QString& path) {
 bool set(Models& m, const QString& path, const QString& word) {
     bool done = false;
     reach(m, path, [&](auto& value) {
-        if constexpr (nodeOf<Bare<decltype(value)>>() >= Node::Number)
+        if constexpr (nodeOf<Bare<decltype(value)>>() == Node::Value)
             done = setWord(value, word);
     });
+    if (done)
+        m.changes += path + QLatin1Char('=') + word + QLatin1Char('\x1f');
     return done;
 }
 
@@ -505,6 +506,8 @@ bool resize(Models& m, const QString& path, int size) {
             done = true;
         }
     });
+    if (done)
+        m.changes += path + QStringLiteral("#%1\x1f").arg(size);
     return done;
 }
 
@@ -531,6 +534,7 @@ void shift(Models& m, const QString& path, int step) {
     reach(m, path, [&](auto& node) {
         forEachLeaf(node, [&](auto& value) { shifted<Bare<decltype(value)>>(value, step); });
     });
+    m.changes += path + QStringLiteral("+%1\x1f").arg(step);
 }
 
 QStringList lists(const Models& m, const QString& path) {
@@ -737,6 +741,7 @@ QString Models::apply(const QByteArray& text) {
     if (!doc.isObject())
         return QStringLiteral("model file is not a JSON object: %1").arg(parseError.errorString());
     const QJsonObject root = doc.object();
+    changes += QString::fromUtf8(QJsonDocument(root).toJson(QJsonDocument::Compact)) + '\x1f';
     for (auto it = root.begin(); it != root.end(); ++it) {
         QString error;
         bool found = false;
@@ -749,7 +754,7 @@ QString Models::apply(const QByteArray& text) {
             // A top-level member by itself changes every record that has it.
             forEach(model, [&](const char* name, auto& member) {
                 if (error.isEmpty() && it.key() == QLatin1String(name) &&
-                    nodeOf<Bare<decltype(member)>>() >= Node::Number) {
+                    nodeOf<Bare<decltype(member)>>() == Node::Value) {
                     found = true;
                     error = applyJson(member, it.value(), it.key());
                 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kinds.h"
 #include "model_pommetparam.h"
 #include "modelbankplayer.h"
 #include "modelscene.h"
@@ -21,6 +22,9 @@ struct Models {
     Model_PommetParam keyboard;
     // The keyboard's fixed label length, a static member of its record: set before each call.
     int oledLength = 4;
+    // What was changed since the built-in models, in order: records equal in their changes are
+    // equal, which lets runs of calls be kept by what they were called with.
+    QString changes;
 
     static const Models& defaults();
     // Applies {"ModelScene": {...}, ...}: whole records or any part of them, lists included (a
@@ -54,11 +58,12 @@ struct ModelArg<Model_PommetParam> {
 // description of each record and element type drives reading and writing JSON and this access.
 namespace members {
 
-enum class Node { Struct, List, Array, Number, Decimal, Text, Missing };
+enum class Node { Struct, List, Array, Value, Missing };
 
 struct Leaf {
     Node node = Node::Missing;
-    long long min = 0; // a number's range
+    args::Kind kind = args::Kind::Integer; // a value's: Integer, Boolean, Decimal or Text
+    long long min = 0;                     // an integer's range
     long long max = 0;
 };
 

@@ -151,28 +151,32 @@ struct Field {
     enum Kind { Device, Number, Text, Head, Bytes };
     const char* json;
     const char* label;
+    const char* part; // as decode names and compares it
     Kind kind;
     bool ownLine;
     bool optional; // on its line only when not empty
     std::function<QVariant(const Rec&)> get;
     std::function<void(Rec&, const QVariant&)> set;
+
+    bool binary() const { return kind == Head || kind == Bytes; }
 };
 
 #define NUMBER(json, label, member)                                                                \
     {                                                                                              \
-        json, label, Field<R>::Number, false, false,                                               \
+        json, label, json, Field<R>::Number, false, false,                                         \
             [](const R& r) { return QVariant(qlonglong(r.member)); },                              \
             [](R& r, const QVariant& v) { r.member = decltype(r.member)(v.toLongLong()); }         \
     }
-#define TEXT(json, label, member, ownLine, optional)                                               \
+#define TEXT(json, label, part, member, ownLine, optional)                                         \
     {                                                                                              \
-        json, label, Field<R>::Text, ownLine, optional,                                            \
+        json, label, part, Field<R>::Text, ownLine, optional,                                      \
             [](const R& r) { return QVariant(r.member); },                                         \
             [](R& r, const QVariant& v) { r.member = v.toString(); }                               \
     }
-#define BYTES(json, label, kind, member)                                                           \
+#define BYTES(json, label, part, kind, member)                                                     \
     {                                                                                              \
-        json, label, kind, true, false, [](const R& r) { return QVariant(bytesOf(r.member)); },    \
+        json, label, part, kind, true, false,                                                      \
+            [](const R& r) { return QVariant(bytesOf(r.member)); },                                \
             [](R& r, const QVariant& v) { assign(r.member, v.toByteArray()); }                     \
     }
 
@@ -190,7 +194,7 @@ void assign(unsigned char (&head)[N], const QByteArray& from) {
 const QVector<Field<model_Protocoldata>>& recordFields() {
     using R = model_Protocoldata;
     static const QVector<Field<R>> fields = {
-        {"deviceType", "device", Field<R>::Device, false, false,
+        {"deviceType", "device", "deviceType", Field<R>::Device, false, false,
          [](const R& r) { return QVariant(r.deviceType); },
          [](R& r, const QVariant& v) { r.deviceType = v.toInt(); }},
         NUMBER("connectType", "connect", connectType),
@@ -198,10 +202,10 @@ const QVector<Field<model_Protocoldata>>& recordFields() {
         NUMBER("msgCode", "msgCode", msgCode),
         NUMBER("statusByte", "status", statusByte),
         NUMBER("timeout", "timeout", timeout),
-        BYTES("head", "head", Field<R>::Head, cmdHead),
-        TEXT("strAux1", "strAux1", strAux1, true, true),
-        TEXT("Datablock", "Datablock", Datablock, true, false),
-        BYTES("arryDatablock", "arryDatablock", Field<R>::Bytes, arryDatablock),
+        BYTES("head", "head", "head", Field<R>::Head, cmdHead),
+        TEXT("strAux1", "strAux1", "strAux1", strAux1, true, true),
+        TEXT("Datablock", "Datablock", "text", Datablock, true, false),
+        BYTES("arryDatablock", "arryDatablock", "block", Field<R>::Bytes, arryDatablock),
     };
     return fields;
 }
@@ -209,10 +213,10 @@ const QVector<Field<model_Protocoldata>>& recordFields() {
 const QVector<Field<model_OsdParam>>& osdFields() {
     using R = model_OsdParam;
     static const QVector<Field<R>> fields = {
-        TEXT("tag", "tag", tag, false, false),
+        TEXT("tag", "tag", "tag", tag, false, false),
         NUMBER("timeout", "timeout", timeout),
-        BYTES("header", "header", Field<R>::Head, frameHead),
-        BYTES("payload", "payload", Field<R>::Bytes, payload),
+        BYTES("header", "header", "header", Field<R>::Head, frameHead),
+        BYTES("payload", "payload", "payload", Field<R>::Bytes, payload),
     };
     return fields;
 }
@@ -398,6 +402,82 @@ QJsonObject osdRecordJson(const model_OsdParam& rec) {
 
 bool osdRecordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error) {
     return fromJson(osdFields(), json, rec, QStringLiteral("OSD record"), error);
+}
+
+// ---- the parts decode compares
+// ---------------------------------------------------------------------
+
+namespace {
+
+// The "command" part: the head's CMD and DAT1..DAT4.
+constexpr int kCommandAt = 2;
+constexpr int kCommandSize = 5;
+
+template <class Rec>
+Part partOf(const Field<Rec>& f, const Rec& rec) {
+    const QVariant v = f.get(rec);
+    return {QLatin1String(f.part), f.binary(),
+            f.binary()                   ? latin1(v.toByteArray())
+            : f.kind == Field<Rec>::Text ? v.toString()
+                                         : QString::number(v.toLongLong())};
+}
+
+template <class Rec>
+const Field<Rec>* fieldNamed(const QVector<Field<Rec>>& fields, const QString& part) {
+    const auto f = std::find_if(fields.begin(), fields.end(),
+                                [&](const Field<Rec>& f) { return part == QLatin1String(f.part); });
+    return f == fields.end() ? nullptr : &*f;
+}
+
+template <class Rec>
+std::optional<Parts> partsIn(const QVector<Field<Rec>>& fields, const Rec& rec,
+                             const Parts& shape) {
+    Parts parts;
+    if (shape.isEmpty()) {
+        for (const Field<Rec>& f : fields)
+            parts << partOf(f, rec);
+        return parts;
+    }
+    for (const Part& wanted : shape) {
+        const bool command = wanted.name == QLatin1String("command");
+        const Field<Rec>* f = fieldNamed(fields, command ? QStringLiteral("head") : wanted.name);
+        if (!f)
+            return std::nullopt;
+        parts << partOf(*f, rec);
+        if (command)
+            parts.last() = {wanted.name, true, parts.last().value.mid(kCommandAt, kCommandSize)};
+    }
+    return parts;
+}
+
+} // namespace
+
+Parts fieldParts(const model_Protocoldata& rec) { return *partsIn(recordFields(), rec, {}); }
+Parts fieldParts(const model_OsdParam& rec) { return *partsIn(osdFields(), rec, {}); }
+
+std::optional<Parts> partsOf(const model_Protocoldata& rec, const Parts& shape) {
+    return partsIn(recordFields(), rec, shape);
+}
+
+std::optional<Parts> partsOf(const model_OsdParam& rec, const Parts& shape) {
+    return partsIn(osdFields(), rec, shape);
+}
+
+bool comparedByEnds(const QString& part) {
+    const auto* f = fieldNamed(recordFields(), part);
+    const auto* o = fieldNamed(osdFields(), part);
+    return part == QLatin1String("command") || (f && f->kind >= Field<model_Protocoldata>::Text) ||
+           (o && o->kind >= Field<model_OsdParam>::Text);
+}
+
+std::optional<CommandBytes> commandBytesOf(const QString& part) {
+    // A record's head: address, 0, then CMD and DAT1; the command part starts at CMD; an OSD
+    // frame's header: the marker, then the command.
+    static const QHash<QString, CommandBytes> heads{{QStringLiteral("head"), {kCommandAt, 2}},
+                                                    {QStringLiteral("command"), {0, 2}},
+                                                    {QStringLiteral("header"), {0, 5}}};
+    const auto it = heads.constFind(part);
+    return it == heads.constEnd() ? std::nullopt : std::optional<CommandBytes>(*it);
 }
 
 QString recordSummary(const model_Protocoldata& rec) {

@@ -9,6 +9,7 @@
 #include <QVector>
 
 #include <functional>
+#include <optional>
 
 // ---- device families, as the library's list names them -----------------------------------------
 
@@ -53,7 +54,47 @@ bool isHexPairs(const QString& text);
 QString quote(const QString& text);
 bool unquote(const QString& quoted, QString& text);
 
-// ---- records: each field described once, for the printout, the JSON line and their readers -----
+// ---- records: each field described once, for the printout, the JSON line, their readers and
+// ---- the parts decode compares ------------------------------------------------------------------
+
+// Every byte, NULs included: Qt 5's overload for a QByteArray stops at the first NUL.
+inline QString latin1(const QByteArray& bytes) {
+    return QString::fromLatin1(bytes.constData(), int(bytes.size()));
+}
+
+// One thing a record says, as decode compares it: a field, by the name of its part, or the
+// "command" (the head's CMD and DAT1..DAT4).
+struct Part {
+    QString name;  // "head", "block", "text", "timeout"...
+    bool binary;   // bytes (one character per byte, Latin-1), else a text or a number
+    QString value; // as compared
+
+    bool operator==(const Part& o) const {
+        return name == o.name && binary == o.binary && value == o.value;
+    }
+};
+using Parts = QVector<Part>;
+
+inline Part bytesPart(const char* name, const QByteArray& bytes) {
+    return {QLatin1String(name), true, latin1(bytes)};
+}
+
+// Every field of a record as a part, in the field table's order.
+Parts fieldParts(const model_Protocoldata& rec);
+Parts fieldParts(const model_OsdParam& rec);
+// The parts of a record that `shape` names, in its order (every field for an empty shape);
+// nothing when the record has one of them not.
+std::optional<Parts> partsOf(const model_Protocoldata& rec, const Parts& shape);
+std::optional<Parts> partsOf(const model_OsdParam& rec, const Parts& shape);
+// Whether a part is compared by its ends (a text or bytes), rather than whole (a number).
+bool comparedByEnds(const QString& part);
+// Where a head part holds its command (CMD and DAT1, or the OSD marker and command), and how many
+// bytes of it: the bytes that tell one command from another. Nothing for a part that is no head.
+struct CommandBytes {
+    int at;
+    int held;
+};
+std::optional<CommandBytes> commandBytesOf(const QString& part);
 
 QString recordText(const model_Protocoldata& rec, int number);
 QJsonObject recordJson(const model_Protocoldata& rec);

@@ -136,6 +136,36 @@ QString Outcome::recordsText() const {
     return text;
 }
 
+std::optional<Parts> Outcome::parts(int k, const Parts& shape) const {
+    if (k < records.size())
+        return partsOf(records[k], shape);
+    return k - records.size() < osdRecords.size() ? partsOf(osdRecords[k - records.size()], shape)
+                                                  : std::nullopt;
+}
+
+std::optional<int> Outcome::deviceType(int k) const {
+    return k < records.size() ? std::optional<int>(records[k].deviceType) : std::nullopt;
+}
+
+QJsonObject Outcome::json(int k) const {
+    return k < records.size() ? recordJson(records[k])
+                              : osdRecordJson(osdRecords[k - records.size()]);
+}
+
+QString Call::key() const {
+    QString key = QString::number(quintptr(op), 16);
+    for (const QString& word : words)
+        key += QLatin1Char('\x1f') + word;
+    key += QStringLiteral("\x1e%1 %2 %3 %4 ")
+               .arg(utility.deviceType)
+               .arg(utility.subType)
+               .arg(utility.connectType)
+               .arg(utility.toneFlag);
+    for (const QString* text : {&utility.toneVersion, &utility.localIp, &utility.userId})
+        key += *text + QLatin1Char('\x1f');
+    return key + QLatin1Char('\x1e') + models.changes;
+}
+
 Call sampleCall(const Operation& op, int deviceType) {
     Call call{&op, op.sampleWords(), Models::defaults(), UtilityValues()};
     call.utility.deviceType = deviceType;

@@ -4,13 +4,16 @@
 #include "model_osdparam.h"
 #include "model_protocoldata.h"
 #include "models.h"
+#include "records.h"
 #include "registry.h"
 
+#include <QJsonObject>
 #include <QLoggingCategory>
 #include <QString>
 #include <QStringList>
 #include <QVector>
 
+#include <optional>
 #include <stdexcept>
 
 // A request that cannot be run as given; the text names the problem.
@@ -56,6 +59,12 @@ struct Outcome {
 
     bool empty() const { return records.isEmpty() && osdRecords.isEmpty(); }
     QString recordsText() const; // every record as dalctl prints it, numbered from 1
+    // Record k of either kind (a call queues one kind): its count, the parts of it that `shape`
+    // names (every field for an empty shape), its device type (an OSD record has none), its JSON.
+    int count() const { return int(records.size() + osdRecords.size()); }
+    std::optional<Parts> parts(int k, const Parts& shape) const;
+    std::optional<int> deviceType(int k) const;
+    QJsonObject json(int k) const;
 };
 
 // One call of an operation: its words, the model records it reads and the utility's values.
@@ -64,6 +73,9 @@ struct Call {
     QStringList words;
     Models models;
     UtilityValues utility;
+
+    // What tells this call from another: calls with equal keys queue the same.
+    QString key() const;
 };
 
 // An operation's sample call on a device of `deviceType`: its sample words, the built-in models.
