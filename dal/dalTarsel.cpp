@@ -3,6 +3,7 @@
 #include "biz_cmdswork.h"
 #include "bytes.h"
 #include "dialects/translators.h"
+#include "families.h"
 #include "quoting.h"
 #include "trace.h"
 #include "utility_manage.h"
@@ -11,7 +12,6 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
-#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -19,7 +19,7 @@ bool DalTarsel::isConnected = false;
 
 namespace {
 
-constexpr int kUntranslated = 0x700000;
+constexpr int kUntranslated = family::native;
 
 using Translator = void (*)(model_Protocoldata&);
 
@@ -40,14 +40,15 @@ struct Route {
 constexpr bool isTarsel(std::string_view className) { return className == "DalTarsel"; }
 
 // The routes of the DalTarsel families by device code, so that a send looks its route up in a
-// few steps. A device without one keeps the native frame, tagged 0x700000.
+// few steps: each row of the device table gets its family's route. A device without one keeps
+// the native frame, tagged 0x700000.
 class RouteIndex {
 public:
     RouteIndex() {
         using namespace translate;
-#define DAL_FAMILY(name, cls, form, code, tag, other, tunnel, longest, ...)                        \
+#define DAL_FAMILY(name, cls, form, tag, other, tunnel, longest)                                   \
     if (isTarsel(#cls))                                                                            \
-        add(Route{other, tunnel, tag, code, longest}, {code, ##__VA_ARGS__});
+        add(#name, Route{other, tunnel, tag, family::name, longest});
 #include "families.def"
         std::sort(entries.begin(), entries.end(),
                   [](const Entry& a, const Entry& b) { return a.device < b.device; });
@@ -65,9 +66,10 @@ private:
         Route route;
     };
 
-    void add(const Route& route, std::initializer_list<int> codes) {
-        for (int device : codes)
-            entries.push_back({device, route});
+    void add(std::string_view familyName, const Route& route) {
+        for (const device::Row& row : device::kRows)
+            if (familyName == row.family)
+                entries.push_back({row.code, route});
     }
 
     std::vector<Entry> entries;

@@ -1,18 +1,13 @@
 #include "dalTarsel.h"
 
 #include "block_builder.h"
-
-#include <algorithm>
+#include "devices.h"
 
 using blocks::Block;
 
 namespace {
 
 constexpr int kWorkBuffer = 2049;
-
-// Device types whose container mode byte is translated by kModeTable.
-const int kTranslatedModeDevices[] = {0x2C0100, 0x2C0101, 0x2C0102, 0x2C0104, 0x2C0105,
-                                      0x2C0106, 0x2C0107, 0x2C0200, 0x280100, 0x629000};
 
 struct ModeRow {
     int mode;
@@ -22,8 +17,7 @@ struct ModeRow {
 const ModeRow kModeTable[] = {{0, 3}, {1, 2}, {6, 1}, {5, 0}, {7, 7}, {8, 8}};
 
 int modeByte(int mode, int deviceType) {
-    if (std::find(std::begin(kTranslatedModeDevices), std::end(kTranslatedModeDevices),
-                  deviceType) == std::end(kTranslatedModeDevices))
+    if (!device::has(deviceType, device::ContainerModes))
         return mode;
     for (const ModeRow& row : kModeTable)
         if (row.mode == mode)

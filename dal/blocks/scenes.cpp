@@ -1,9 +1,8 @@
 #include "dalTarsel.h"
 
 #include "block_builder.h"
+#include "devices.h"
 #include "utility_manage.h"
-
-#include <algorithm>
 
 using blocks::Block;
 
@@ -13,12 +12,7 @@ constexpr int kLayerBuffer = 2049;
 constexpr int kSceneBuffer = 4096;
 constexpr int kContainerIndexBuffer = 1024;
 constexpr int kBankBytes = 16;
-constexpr int kExtraBytesDevice = 0xA00000;
 constexpr int kFixedTimeout = 3000;
-
-// Device types that take the per-layer container indexes.
-const int kContainerIndexDevices[] = {0x220000, 0x230100, 0x230101, 0x230102, 0x230106, 0x230107,
-                                      0x240000, 0x240100, 0x240200, 0x260000, 0x260002, 0x910000};
 
 // The 19-byte layer head: the second rectangle goes first.
 void appendLayerHead(Block& block, const _LayerParam_Desktop& layer) {
@@ -88,7 +82,7 @@ void DalTarsel::setLayerDate(int sceneIndex, int layerIndex, ModelScene scene) {
     const _LayerParam_Desktop& layer = s->layerList.at(layerIndex);
     Block block("setLayerDate", kLayerBuffer);
     appendLayerHead(block, layer);
-    if (scene.deviceType == kExtraBytesDevice)
+    if (device::has(scene.deviceType, device::LayerExtraBytes))
         block.byte(layer.extraByte0).byte(layer.extraByte1).byte(layer.extraByte2);
     const int length = block.size() + 1;
     block.send(*this, scene.timeout, 0xF0, 0x01, layerIndex, length, 0);
@@ -147,9 +141,7 @@ void DalTarsel::setSceneLayerGroupNum(int sceneIndex, ModelScene& scene) {
 }
 
 void DalTarsel::setLayerContainerIndex(int timeout, int sceneIndex, ModelScene scene) {
-    const int device = Utility_Manage::getDeviceType();
-    if (std::find(std::begin(kContainerIndexDevices), std::end(kContainerIndexDevices), device) ==
-        std::end(kContainerIndexDevices))
+    if (!device::has(Utility_Manage::getDeviceType(), device::ContainerIndexes))
         return;
     sendPerLayer(*this, "setLayerContainerIndex", kContainerIndexBuffer, timeout, 0x1D, sceneIndex,
                  scene, &_LayerParam_Desktop::containerIndex);

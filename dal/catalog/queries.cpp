@@ -2,15 +2,10 @@
 // one-command rows are in catalog_rows.cpp.
 #include "catalog_rows.h"
 #include "dalTarsel.h"
+#include "devices.h"
 #include "utility_manage.h"
 
 #include <vector>
-
-namespace {
-
-constexpr int kStreamBoardDevice = 0x220000;
-
-} // namespace
 
 void DalTarsel::getLayerAlpha(int mode, int layer) {
     switch (mode) {
@@ -40,8 +35,8 @@ void DalTarsel::geth264inputrtsp(ModelTarsel model, int source, int channel) {
         f_SendCmd(model.timeout, 0xF1, 0x28, selector & 0xFF, 0x00, 0x00, nullptr, 0, QString());
         return;
     }
-    // Boards of type 0x220000 carry sixteen channels per source, the others eight.
-    const int selector = Utility_Manage::getDeviceType() == kStreamBoardDevice
+    // Some boards carry sixteen channels per source, the others eight.
+    const int selector = device::has(Utility_Manage::getDeviceType(), device::SixteenChannels)
                              ? static_cast<int>(((s << 4) & 0xFF) | (channel & 15))
                              : rows::sourceChannel(source, channel);
     f_SendCmd(model.timeout, 0xF1, 0x25, selector, 0x00, 0x00, nullptr, 0, QString());

@@ -1,5 +1,6 @@
 #include "bytes.h"
 #include "dalTarsel.h"
+#include "devices.h"
 #include "t3_notation.h"
 #include "translators.h"
 
@@ -153,14 +154,12 @@ int vm6sRowFor(const model_Protocoldata& rec) {
     return -1;
 }
 
-// Byte 10 carries the sub-type: 1 for 0x2C0103, 8 otherwise; the two named sub-types keep
-// 0 for the board-version query.
+// Byte 10 carries the sub-type: 1 or 8; the named sub-types keep 0 for the board-version query.
 int subTypeStamp(const model_Protocoldata& rec) {
     const int subType = Utility_Manage::getDeviceSubType();
-    const bool named = subType == 0x2C0103 || subType == 0x2C0104;
-    if (named && cmdOf(rec) == 0x6A && dat1Of(rec) == 0x03)
+    if (device::has(subType, device::NamedSubType) && cmdOf(rec) == 0x6A && dat1Of(rec) == 0x03)
         return 0;
-    return subType == 0x2C0103 ? 1 : 8;
+    return device::has(subType, device::SubTypeOne) ? 1 : 8;
 }
 
 } // namespace

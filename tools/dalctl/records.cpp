@@ -1,6 +1,7 @@
 #include "records.h"
 
 #include "bytes.h"
+#include "families.h"
 #include "quoting.h"
 
 #include <QJsonValue>
@@ -16,12 +17,13 @@
 const QVector<Family>& families() {
     static const QVector<Family> all = [] {
         QVector<Family> list;
-#define DAL_FAMILY(name, cls, form, code, tag, other, tunnel, longest, ...)                        \
-    list << Family{QStringLiteral(#name), QStringLiteral(#cls), Form::form, code,                  \
-                   QVector<int>{code, ##__VA_ARGS__}};
+#define DAL_FAMILY(name, cls, form, ...)                                                           \
+    list << Family{QStringLiteral(#name), QStringLiteral(#cls), Form::form, family::name, {}};
 #include "families.def"
-        for (Family& f : list) // the OSD box has no device type
-            f.codes.removeAll(0);
+        for (Family& f : list) // the device table's rows, each family's own code first
+            for (const device::Row& row : device::kRows)
+                if (f.name == QLatin1String(row.family))
+                    f.codes << row.code;
         return list;
     }();
     return all;
