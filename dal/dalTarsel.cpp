@@ -133,17 +133,18 @@ void trace(const model_Protocoldata& rec) {
     thread_local QString line;
     line.resize(LineWriter::maxLength(rec));
     LineWriter out(line.data());
-    out.field("---addToQueue----CMD=", rec.cmdHead[2]);
-    out.field("---DAT1=", rec.cmdHead[3]);
-    out.field("---DAT2=", rec.cmdHead[4]);
-    out.field("---DAT3=", rec.cmdHead[5]);
-    out.field("---DAT4=", rec.cmdHead[6]);
-    out.put("---arryDatablock= \"");
+    const unsigned char* head = rec.cmdHead + 2; // CMD, DAT1 .. DAT4
+    for (const char* label : dal::kTraceHeadLabels)
+        out.field(label, *head++);
+    out.put(dal::kTraceBlockLabel);
+    out.put(" \"");
     for (char byte : rec.arryDatablock) {
         out.hexDigit(static_cast<unsigned char>(byte) >> 4);
         out.hexDigit(static_cast<unsigned char>(byte));
     }
-    out.put("\" ---Datablock= ");
+    out.put("\" ");
+    out.put(dal::kTraceTextLabel);
+    out.put(' ');
     out.quoted(rec.Datablock);
     line.resize(int(out.end() - line.constData()));
     const QMessageLogContext context(QT_MESSAGELOG_FILE, QT_MESSAGELOG_LINE, QT_MESSAGELOG_FUNC,
