@@ -4,14 +4,12 @@
 // held inside the queue lock after each record (10 ms), and the device search pauses between
 // its two probes (500 ms). A tool that runs operations only to see what they queue, or a test,
 // may shorten both; nothing in the library changes them.
-#include "dal_export.h"
-
 #include <chrono>
 
 namespace dal::pacing {
 
-DAL_EXPORT std::chrono::milliseconds keyboard();
-DAL_EXPORT std::chrono::milliseconds probes();
-DAL_EXPORT void set(std::chrono::milliseconds keyboard, std::chrono::milliseconds probes);
+std::chrono::milliseconds keyboard();
+std::chrono::milliseconds probes();
+void set(std::chrono::milliseconds keyboard, std::chrono::milliseconds probes);
 
 } // namespace dal::pacing
