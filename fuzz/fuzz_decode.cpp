@@ -29,12 +29,12 @@ namespace {
 void quiet(QtMsgType, const QMessageLogContext&, const QString&) {}
 
 void decode(const QByteArray& input, const Family* device) {
-    const Decoded decoded = decodeInput(input, device, [](const Answer& answer) {
-        answer.text();
-        QJsonDocument(answer.json()).toJson(QJsonDocument::Compact);
+    const Decoded decoded = decodeInput(input, device, [](const Decoding& record) {
+        record.text();
+        QJsonDocument(record.json()).toJson(QJsonDocument::Compact);
     });
-    for (const Answer& answer : decoded.answers)
-        for (const Reading& reading : answer.readings)
+    for (const Decoding& record : decoded.records)
+        for (const Reading& reading : record.readings)
             for (const engine::Answer& a : reading.result.answers) {
                 a.replay();
                 a.model();

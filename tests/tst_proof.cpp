@@ -181,8 +181,8 @@ Call replayed(const QJsonObject& answer) {
 // Whether one of the answers is the call's record k with every value the call gave.
 bool found(const Decoded& d, const Call& call, int index, const engine::Target& target,
            QString& seen) {
-    for (const Answer& answer : d.answers)
-        for (const Reading& r : answer.readings)
+    for (const Decoding& record : d.records)
+        for (const Reading& r : record.readings)
             for (const engine::Answer& a : r.result.answers) {
                 seen += a.text() + QLatin1Char('\n');
                 if (a.call.op == call.op && a.record == index + 1 &&
@@ -207,8 +207,8 @@ QVector<Input> formsOf(const Outcome& outcome, int k, const Family& family,
         const model_OsdParam& rec = outcome.osdRecords[k - outcome.records.size()];
         const QByteArray frame =
             QByteArray(reinterpret_cast<const char*>(rec.frameHead), 11) + rec.payload;
-        return {{"printed", osdRecordText(rec, 1).toUtf8(), nullptr, engine::wholeRecord(rec)},
-                {"json", QJsonDocument(osdRecordJson(rec)).toJson(QJsonDocument::Compact), nullptr,
+        return {{"printed", recordText(rec, 1).toUtf8(), nullptr, engine::wholeRecord(rec)},
+                {"json", QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact), nullptr,
                  engine::wholeRecord(rec)},
                 {"frame", frame.toHex(), nullptr, engine::osdFrame(frame)}};
     }

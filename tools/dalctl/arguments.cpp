@@ -97,7 +97,7 @@ model_Protocoldata parseRecord(const QString& text) {
 model_OsdParam parseOsdRecord(const QString& text) {
     model_OsdParam rec;
     QString error;
-    if (!osdRecordFromJson(parseJsonObject(text), rec, error))
+    if (!recordFromJson(parseJsonObject(text), rec, error))
         fail(error);
     return rec;
 }

@@ -228,7 +228,7 @@ int printOutcome(const Outcome& outcome, bool json) {
         for (const model_Protocoldata& rec : outcome.records)
             out() << QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact) << '\n';
         for (const model_OsdParam& rec : outcome.osdRecords)
-            out() << QJsonDocument(osdRecordJson(rec)).toJson(QJsonDocument::Compact) << '\n';
+            out() << QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact) << '\n';
     } else {
         if (!outcome.returned.isEmpty())
             out() << outcome.returned << '\n';
@@ -428,17 +428,17 @@ int runDecode(Context& c) {
         input = c.words.join(QLatin1Char(' ')).toUtf8();
     }
     const bool json = c.parser.isSet(QStringLiteral("json"));
-    const Decoded decoded = decodeInput(input, family, [json](const Answer& answer) {
+    const Decoded decoded = decodeInput(input, family, [json](const Decoding& record) {
         out() << (json ? QString::fromUtf8(
-                             QJsonDocument(answer.json()).toJson(QJsonDocument::Compact)) +
+                             QJsonDocument(record.json()).toJson(QJsonDocument::Compact)) +
                              '\n'
-                       : answer.text());
+                       : record.text());
         out().flush();
     });
     if (!decoded.error.isEmpty())
         return badInput(decoded.error);
-    const bool everyFound = std::all_of(decoded.answers.begin(), decoded.answers.end(),
-                                        [](const Answer& answer) { return answer.found(); });
+    const bool everyFound = std::all_of(decoded.records.begin(), decoded.records.end(),
+                                        [](const Decoding& record) { return record.found(); });
     return everyFound ? kAnswer : kNothing;
 }
 

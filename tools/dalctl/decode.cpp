@@ -16,16 +16,16 @@ constexpr int kShownText = 120;
 const QByteArray kFrameStart = QByteArray::fromHex("680000000168");
 const QByteArray kOsdMarker = QByteArray::fromHex("00fedc");
 
-// The families a record of unknown family may have gone to: the one given, or each family
-// of the classes that queue records of that kind.
-QVector<const Family*> searched(const Family* device,
-                                const std::function<bool(const Family&)>& keep) {
-    return device ? QVector<const Family*>{device} : familiesWhere(keep);
-}
-
 bool sendsHeads(const Family& f) { return f.form != Form::Osd; }
 bool sendsOsd(const Family& f) { return f.form == Form::Osd; }
 bool sendsTexts(const Family& f) { return f.form == Form::Text || f.form == Form::Frame; }
+bool sendsFrames(const Family& f) { return f.form == Form::Frame; }
+
+// The families a record of unknown family may have gone to: the one given, or each family
+// of the classes that queue records of that kind.
+QVector<const Family*> searched(const Family* device, bool (*keep)(const Family&)) {
+    return device ? QVector<const Family*>{device} : familiesWhere(keep);
+}
 
 // The family a record's device type names, or the native family for one that names none.
 const Family* familyOf(int deviceType) {
@@ -37,240 +37,187 @@ QString shown(const QString& text) {
     return text.size() > kShownText ? text.left(kShownText) + QStringLiteral("...") : text;
 }
 
-// ---- the input's records
-// ---------------------------------------------------------------------------
+// ---- one reader per form of input
+// -----------------------------------------------------------------
 
-Reading reading(const QString& label, const engine::Target& target,
-                const QVector<const Family*>& families) {
-    return Reading{label, target, families, {}};
-}
+// The input's lines, read one form at a time into the records they hold.
+struct Input {
+    QStringList lines;
+    const Family* device;
+    QVector<Decoding> records; // printed and JSON records, in order
+    QVector<Decoding> traces;  // trace lines: the records' own echo, when there are records
+    QString stray;             // a line that looks like JSON and is no record
+    QString error;
 
-class Printout {
-public:
-    Printout(const QByteArray& input, const Family* device) : device(device) {
-        for (QByteArray line : input.split('\n')) {
-            if (line.endsWith('\r'))
-                line.chop(1);
-            lines << QString::fromUtf8(line);
-        }
-    }
-
-    // The records of a printout, its JSON lines and its trace lines; false with `error` set
-    // when one is cut or garbled. `stray` names a line that looks like JSON and is no record.
-    bool read(QVector<Answer>& items, QVector<Answer>& traces, QString& error, QString& stray) {
-        for (at = 0; at < lines.size(); ++at) {
-            const QString line = lines[at].trimmed();
-            bool ok = true;
-            if (isOsdRecordStart(line))
-                ok = readOsd(items);
-            else if (isRecordStart(line))
-                ok = readRecord(items);
-            else if (line.startsWith(QLatin1Char('{')))
-                ok = readJson(line, items, stray);
-            else if (const TracedRecord traced = readTraceLine(lines[at].toUtf8());
-                     traced.status != TracedRecord::NotTrace)
-                ok = readTrace(traced, traces);
-            if (!ok) {
-                error = problem;
-                return false;
-            }
-        }
-        return true;
-    }
-
-private:
-    QString where(const QString& what) const {
+    QString where(const QString& what, int at) const {
         return QStringLiteral("%1 (line %2)").arg(what).arg(at + 1);
     }
-
     bool fail(const QString& what) {
-        problem = what;
+        error = what;
         return false;
     }
-
-    // A record whose device is known is decoded on that family alone; one that names no family
-    // (the device search's first probes) on the native family, which sends records unchanged.
-    bool known(Answer& item, int deviceType) {
-        const Family* family = familyOfCode(deviceType);
-        if (!family)
-            family = &families().first();
+    // A record read whole (every field, its device type among them) is decoded on its device's
+    // family alone; an OSD record on the OSD box. A record that names no family (the device
+    // search's first probes) is decoded on the native family, which sends records unchanged.
+    bool whole(Decoding& d, const AnyRecord& rec) {
+        const auto* own = std::get_if<model_Protocoldata>(&rec);
+        const Family* family = own ? familyOf(own->deviceType) : familiesWhere(sendsOsd).first();
         if (device && family != device)
             return fail(QStringLiteral("%1 went to a %2 device, not %3: leave out --device to "
                                        "decode it as printed")
-                            .arg(item.what, family->name, device->name));
-        item.what += QStringLiteral(": device %1 (%2)")
-                         .arg(deviceCodeText(deviceType), familyName(deviceType));
+                            .arg(d.what, family->name, device->name));
+        if (own)
+            d.what += QStringLiteral(": device %1 (%2)")
+                          .arg(deviceCodeText(own->deviceType), familyName(own->deviceType));
+        d.readings << Reading{QLatin1String(own ? "record" : "OSD record"),
+                              engine::wholeRecord(rec),
+                              own ? QVector<const Family*>{family} : familiesWhere(sendsOsd),
+                              {}};
+        records << d;
         return true;
     }
-
-    bool readRecord(QVector<Answer>& items) {
-        const int first = at;
-        PrintedRecord read;
-        QString error;
-        if (!::readRecord(lines, at, read, error))
-            return fail(error);
-        Answer item;
-        if (!read.deviceKnown) {
-            item.what = QStringLiteral("head (line %1)").arg(first + 1);
-            // A head line alone says the head, and what of the record follows it.
-            engine::Target target;
-            const engine::Target whole = engine::wholeRecord(read.rec);
-            for (const Part& p : whole.parts)
-                if (p.name == QLatin1String("head") ||
-                    (p.name == QLatin1String("text") && at > first) ||
-                    (p.name == QLatin1String("block") && at > first + 1))
-                    target.parts << p;
-            item.readings << reading(QStringLiteral("8-byte head"), target,
-                                     searched(device, sendsHeads));
-        } else {
-            item.what = QStringLiteral("record %1 (line %2)").arg(read.number).arg(first + 1);
-            if (!known(item, read.rec.deviceType))
-                return false;
-            item.readings << reading(QStringLiteral("record"), engine::wholeRecord(read.rec),
-                                     {familyOf(read.rec.deviceType)});
-        }
-        items << item;
-        return true;
+    // A head and what the input says beside it, searched on every family that sends heads.
+    void head(Decoding& d, const Parts& parts) {
+        d.readings << Reading{
+            QStringLiteral("8-byte head"), {parts}, searched(device, sendsHeads), {}};
+        records << d;
     }
-
-    bool readOsd(QVector<Answer>& items) {
-        const int first = at;
-        int number = 0;
-        model_OsdParam rec;
-        QString error;
-        if (!readOsdRecord(lines, at, number, rec, error))
-            return fail(error);
-        if (device && device->form != Form::Osd)
-            return fail(where(QStringLiteral("OSD record %1").arg(number)) +
-                        QStringLiteral(" went to the OSD box, not %1").arg(device->name));
-        Answer item{QStringLiteral("OSD record %1 (line %2)").arg(number).arg(first + 1), {}};
-        item.readings << reading(QStringLiteral("OSD record"), engine::wholeRecord(rec),
-                                 familiesWhere(sendsOsd));
-        items << item;
-        return true;
-    }
-
-    bool readJson(const QString& line, QVector<Answer>& items, QString& stray) {
-        QJsonParseError parsed;
-        const QJsonDocument doc = QJsonDocument::fromJson(line.toUtf8(), &parsed);
-        if (!doc.isObject()) {
-            stray = where(QStringLiteral("a line that starts like JSON but is not a JSON object"));
-            return true;
-        }
-        const QJsonObject json = doc.object();
-        QString error;
-        if (json.value(QLatin1String("osd")).toBool()) {
-            model_OsdParam rec;
-            Answer item{where(QStringLiteral("JSON OSD record")), {}};
-            if (!osdRecordFromJson(json, rec, error))
-                return fail(item.what + QStringLiteral(": ") + error);
-            item.readings << reading(QStringLiteral("OSD record"), engine::wholeRecord(rec),
-                                     familiesWhere(sendsOsd));
-            items << item;
-            return true;
-        }
-        if (!json.contains(QLatin1String("head"))) {
-            // dalctl prints what an operation returned on a line of its own
-            if (json.keys() != QStringList{QStringLiteral("returned")})
-                stray = where(QStringLiteral("a JSON object that is not a record (it has no "
-                                             "\"head\")"));
-            return true;
-        }
-        model_Protocoldata rec;
-        Answer item{where(QStringLiteral("JSON record")), {}};
-        if (!recordFromJson(json, rec, error))
-            return fail(item.what + QStringLiteral(": ") + error);
-        if (!json.contains(QLatin1String("deviceType"))) {
-            item.readings << reading(QStringLiteral("8-byte head"), engine::wholeRecord(rec),
-                                     searched(device, sendsHeads));
-        } else {
-            if (!known(item, rec.deviceType))
-                return false;
-            item.readings << reading(QStringLiteral("record"), engine::wholeRecord(rec),
-                                     {familyOf(rec.deviceType)});
-        }
-        items << item;
-        return true;
-    }
-
-    bool readTrace(const TracedRecord& traced, QVector<Answer>& traces) {
-        Answer item{where(QStringLiteral("trace line")), {}};
-        if (traced.status != TracedRecord::Read)
-            return fail(item.what + QStringLiteral(" is cut or garbled"));
-        item.readings << reading(QStringLiteral("trace"),
-                                 engine::traceLine(traced.head, traced.block, traced.text),
-                                 searched(device, &Family::routed));
-        traces << item;
-        return true;
-    }
-
-    const Family* device;
-    QStringList lines;
-    int at = 0;
-    QString problem;
 };
 
-bool validText(const QByteArray& input) {
-    return !input.contains('\0') && QString::fromUtf8(input).toUtf8() == input;
+// Records as dalctl prints them, or a head line with what follows it.
+bool readPrinted(Input& in, int& at) {
+    PrintedRecord read;
+    QString error;
+    if (!readRecord(in.lines, at, read, error))
+        return in.fail(error);
+    Decoding d{read.what, {}};
+    if (read.deviceKnown)
+        return in.whole(d, read.rec);
+    Parts said;
+    for (const Part& p : fieldParts(read.rec))
+        if (read.parts.contains(p.name))
+            said << p;
+    in.head(d, said);
+    return true;
 }
 
-Decoded refuse(const QString& error) {
-    Decoded d;
-    d.error = error;
-    return d;
-}
-
-// The whole input as one record: hex or a family's text.
-bool readWhole(const QByteArray& input, const Family* device, Answer& item, QString& error) {
-    const QString text = QString::fromUtf8(input).trimmed();
-    QString compact = text;
-    compact.remove(QRegularExpression(QStringLiteral("\\s")));
-    if (compact.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
-        compact = compact.mid(2);
-    if (isHexPairs(compact) && !compact.isEmpty()) {
-        const QByteArray bytes = QByteArray::fromHex(compact.toLatin1());
-        item.what = QStringLiteral("hex, %1 bytes").arg(bytes.size());
-        if (bytes.startsWith(kFrameStart))
-            item.readings << reading(
-                QStringLiteral("frame"), engine::frameAlone(bytes),
-                searched(device, [](const Family& f) { return f.form == Form::Frame; }));
-        if (bytes.size() >= kOsdHeaderSize && bytes.mid(1, 3) == kOsdMarker)
-            item.readings << reading(QStringLiteral("OSD frame"), engine::osdFrame(bytes),
-                                     familiesWhere(sendsOsd));
-        if (bytes.size() >= kHeadSize)
-            item.readings << reading(
-                QStringLiteral("5-byte head"),
-                engine::headAndBlock(bytes.left(kHeadSize), bytes.mid(kHeadSize)),
-                searched(device, sendsHeads));
-        // A record's own head: its second byte is always 0.
-        if (bytes.size() >= kRecordHeadSize && bytes[1] == 0)
-            item.readings << reading(
-                QStringLiteral("8-byte head"),
-                engine::headAndBlock(bytes.left(kRecordHeadSize), bytes.mid(kRecordHeadSize)),
-                searched(device, sendsHeads));
-        if (item.readings.isEmpty()) {
-            error = QStringLiteral("%1 bytes are too few: a native record starts with CMD DAT1 "
-                                   "DAT2 DAT3 DAT4")
-                        .arg(bytes.size());
-            return false;
-        }
+// dalctl's --json lines, and what it prints of an operation's return value.
+bool readJsonLine(Input& in, int at) {
+    const QJsonDocument doc = QJsonDocument::fromJson(in.lines[at].trimmed().toUtf8());
+    const QJsonObject json = doc.object();
+    if (!doc.isObject() ||
+        (!json.contains(QLatin1String("head")) && !json.value(QLatin1String("osd")).toBool())) {
+        if (!doc.isObject())
+            in.stray = in.where(
+                QStringLiteral("a line that starts like JSON but is not a JSON object"), at);
+        else if (json.keys() != QStringList{QStringLiteral("returned")})
+            in.stray = in.where(
+                QStringLiteral("a JSON object that is not a record (it has no \"head\")"), at);
         return true;
     }
+    AnyRecord rec;
+    QString error;
+    const bool osd = json.value(QLatin1String("osd")).toBool();
+    Decoding d{in.where(QLatin1String(osd ? "JSON OSD record" : "JSON record"), at), {}};
+    if (!recordFromJson(json, rec, error))
+        return in.fail(d.what + QStringLiteral(": ") + error);
+    if (osd || json.contains(QLatin1String("deviceType")))
+        return in.whole(d, rec);
+    in.head(d, fieldParts(rec));
+    return true;
+}
+
+// Trace lines of the generic send.
+bool readTrace(Input& in, int at, const TracedRecord& traced) {
+    Decoding d{in.where(QStringLiteral("trace line"), at), {}};
+    if (traced.status != TracedRecord::Read)
+        return in.fail(d.what + QStringLiteral(" is cut or garbled"));
+    d.readings << Reading{QStringLiteral("trace"),
+                          engine::traceLine(traced.head, traced.block, traced.text),
+                          searched(in.device, [](const Family& f) { return f.routed(); }),
+                          {}};
+    in.traces << d;
+    return true;
+}
+
+bool readLines(Input& in) {
+    for (int at = 0; at < in.lines.size(); ++at) {
+        const QString line = in.lines[at].trimmed();
+        bool ok = true;
+        if (isRecordStart(line))
+            ok = readPrinted(in, at);
+        else if (line.startsWith(QLatin1Char('{')))
+            ok = readJsonLine(in, at);
+        else if (const TracedRecord traced = readTraceLine(in.lines[at].toUtf8());
+                 traced.status != TracedRecord::NotTrace)
+            ok = readTrace(in, at, traced);
+        if (!ok)
+            return false;
+    }
+    return true;
+}
+
+// The whole input as one record in hex: a frame, an OSD frame, a 5-byte head and block, a
+// record's 8-byte head and block.
+bool readHex(const QByteArray& bytes, const Family* device, Decoding& d, QString& error) {
+    d.what = QStringLiteral("hex, %1 bytes").arg(bytes.size());
+    if (bytes.startsWith(kFrameStart))
+        d.readings << Reading{
+            QStringLiteral("frame"), engine::frameAlone(bytes), searched(device, sendsFrames), {}};
+    if (bytes.size() >= kOsdHeaderSize && bytes.mid(1, 3) == kOsdMarker)
+        d.readings << Reading{
+            QStringLiteral("OSD frame"), engine::osdFrame(bytes), familiesWhere(sendsOsd), {}};
+    if (bytes.size() >= kHeadSize)
+        d.readings << Reading{QStringLiteral("5-byte head"),
+                              engine::headAndBlock(bytes.left(kHeadSize), bytes.mid(kHeadSize)),
+                              searched(device, sendsHeads),
+                              {}};
+    // A record's own head: its second byte is always 0.
+    if (bytes.size() >= kRecordHeadSize && bytes[1] == 0)
+        d.readings << Reading{
+            QStringLiteral("8-byte head"),
+            engine::headAndBlock(bytes.left(kRecordHeadSize), bytes.mid(kRecordHeadSize)),
+            searched(device, sendsHeads),
+            {}};
+    if (d.readings.isEmpty())
+        error = QStringLiteral("%1 bytes are too few: a native record starts with CMD DAT1 DAT2 "
+                               "DAT3 DAT4")
+                    .arg(bytes.size());
+    return d.readings.size();
+}
+
+// The whole input as a text a family is sent; a pasted text may have gained or lost white
+// space at its ends.
+bool readText(const QByteArray& input, const Family* device, Decoding& d, QString& error) {
+    const QString sent = QString::fromUtf8(input);
+    const QString text = sent.trimmed();
     if (text.size() > kMaxText) {
         error = QStringLiteral("a text of %1 characters is longer than any a family is sent")
                     .arg(text.size());
         return false;
     }
-    const QString sent = QString::fromUtf8(input);
-    item.what = QStringLiteral("text %1").arg(quote(shown(text)));
-    item.readings << reading(QStringLiteral("text"), engine::textAlone(sent),
-                             searched(device, sendsTexts));
-    // A pasted text may have gained or lost white space at its ends.
+    d.what = QStringLiteral("text %1").arg(quote(shown(text)));
+    d.readings << Reading{
+        QStringLiteral("text"), engine::textAlone(sent), searched(device, sendsTexts), {}};
     if (text != sent)
-        item.readings << reading(QStringLiteral("text, trimmed"), engine::textAlone(text),
-                                 searched(device, sendsTexts));
+        d.readings << Reading{QStringLiteral("text, trimmed"),
+                              engine::textAlone(text),
+                              searched(device, sendsTexts),
+                              {}};
     return true;
 }
+
+bool readWhole(const QByteArray& input, const Family* device, Decoding& d, QString& error) {
+    QString compact = QString::fromUtf8(input).trimmed();
+    compact.remove(QRegularExpression(QStringLiteral("\\s")));
+    if (compact.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+        compact = compact.mid(2);
+    if (isHexPairs(compact) && !compact.isEmpty())
+        return readHex(QByteArray::fromHex(compact.toLatin1()), device, d, error);
+    return readText(input, device, d, error);
+}
+
+Decoded refuse(const QString& error) { return Decoded{error, {}}; }
 
 // The same answer on several families is one line, with its families.
 struct Line {
@@ -296,12 +243,12 @@ QVector<Line> linesOf(const Reading& r) {
 
 } // namespace
 
-bool Answer::found() const {
+bool Decoding::found() const {
     return std::any_of(readings.begin(), readings.end(),
                        [](const Reading& r) { return !r.result.answers.isEmpty(); });
 }
 
-QString Answer::text() const {
+QString Decoding::text() const {
     QString out = what + QLatin1Char('\n');
     for (const Reading& r : readings) {
         if (r.result.answers.isEmpty()) {
@@ -331,7 +278,7 @@ QString Answer::text() const {
     return out;
 }
 
-QJsonObject Answer::json() const {
+QJsonObject Decoding::json() const {
     QJsonArray candidates;
     QJsonObject closest;
     for (const Reading& r : readings) {
@@ -352,36 +299,40 @@ QJsonObject Answer::json() const {
 }
 
 Decoded decodeInput(const QByteArray& input, const Family* device,
-                    const std::function<void(const Answer&)>& each) {
+                    const std::function<void(const Decoding&)>& each) {
     if (input.trimmed().isEmpty())
         return refuse(QStringLiteral("nothing to decode"));
-    if (!validText(input))
+    if (input.contains('\0') || QString::fromUtf8(input).toUtf8() != input)
         return refuse(QStringLiteral("the input is binary data, not text: decode takes hex, a "
                                      "family's text, a trace line or records as dalctl prints "
                                      "them"));
-    QVector<Answer> items, traces;
-    QString error, stray;
-    if (!Printout(input, device).read(items, traces, error, stray))
-        return refuse(error);
-    if (!items.isEmpty() && !stray.isEmpty())
-        return refuse(stray);
+    Input in{{}, device, {}, {}, {}, {}};
+    for (QByteArray line : input.split('\n')) {
+        if (line.endsWith('\r'))
+            line.chop(1);
+        in.lines << QString::fromUtf8(line);
+    }
+    if (!readLines(in))
+        return refuse(in.error);
+    if (!in.records.isEmpty() && !in.stray.isEmpty())
+        return refuse(in.stray);
     // Trace lines beside records are the records' own echo.
-    if (items.isEmpty())
-        items = traces;
-    if (items.isEmpty()) {
-        Answer whole;
+    QVector<Decoding> records = in.records.isEmpty() ? in.traces : in.records;
+    if (records.isEmpty()) {
+        Decoding whole;
+        QString error;
         if (!readWhole(input, device, whole, error))
             return refuse(error);
-        items << whole;
+        records << whole;
     }
     // Everything has been read before anything is run.
     Decoded d;
-    for (Answer& answer : items) {
-        for (Reading& r : answer.readings)
+    for (Decoding& record : records) {
+        for (Reading& r : record.readings)
             r.result = engine::prove(r.target, r.families);
-        d.answers << answer;
+        d.records << record;
         if (each)
-            each(answer);
+            each(record);
     }
     return d;
 }

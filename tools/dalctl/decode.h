@@ -8,7 +8,6 @@
 #include <QVector>
 
 #include <functional>
-#include <optional>
 
 // One way of reading a record (its 5-byte head, a record's 8-byte head, a frame, a text, a
 // printed record) and the operations proven to send it read that way.
@@ -20,7 +19,7 @@ struct Reading {
 };
 
 // One record of the input: what it was read as, and its readings.
-struct Answer {
+struct Decoding {
     QString what;
     QVector<Reading> readings;
 
@@ -30,8 +29,8 @@ struct Answer {
 };
 
 struct Decoded {
-    QString error; // what is wrong with the input; when it is set there are no answers
-    QVector<Answer> answers;
+    QString error; // what is wrong with the input; when it is set there are no records
+    QVector<Decoding> records;
 };
 
 // Decodes every record of `input`, in order. The input is one of: records as dalctl prints
@@ -40,6 +39,6 @@ struct Decoded {
 // else one native head and block, record head and block, frame or OSD frame in hex, or one
 // text that a family is sent. `device`, when given, is the family the records went to. Input
 // that cannot be read is refused before anything is run; then `each`, when given, is called
-// with each answer as soon as it is made.
+// with each record's decoding as soon as it is made.
 Decoded decodeInput(const QByteArray& input, const Family* device,
-                    const std::function<void(const Answer&)>& each = {});
+                    const std::function<void(const Decoding&)>& each = {});

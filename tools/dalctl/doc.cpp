@@ -45,7 +45,7 @@ QJsonObject resultOf(const Operation& op, const Family& family) {
             for (const model_Protocoldata& rec : outcome.records)
                 records << recordJson(rec);
             for (const model_OsdParam& rec : outcome.osdRecords)
-                records << osdRecordJson(rec);
+                records << recordJson(rec);
         }
     } catch (const std::exception& e) {
         refused = QString::fromLocal8Bit(e.what());

@@ -227,6 +227,23 @@ const QVector<Field<model_OsdParam>>& osdFields() {
 #undef TEXT
 #undef BYTES
 
+// The record's own head field: where a head line alone is read into.
+constexpr int kHeadField = 6;
+
+// What tells the two kinds of record apart: their fields, and their title in the printout.
+template <class Rec>
+struct KindOf;
+template <>
+struct KindOf<model_Protocoldata> {
+    static const QVector<Field<model_Protocoldata>>& fields() { return recordFields(); }
+    static constexpr const char* title = "record";
+};
+template <>
+struct KindOf<model_OsdParam> {
+    static const QVector<Field<model_OsdParam>>& fields() { return osdFields(); }
+    static constexpr const char* title = "OSD record";
+};
+
 // The value of a first-line field as the printout shows it.
 template <class Rec>
 QString shown(const Field<Rec>& f, const Rec& rec) {
@@ -242,7 +259,9 @@ QString shown(const Field<Rec>& f, const Rec& rec) {
 }
 
 template <class Rec>
-QString printed(const QVector<Field<Rec>>& fields, const Rec& rec, const QString& title) {
+QString printed(const Rec& rec, int number) {
+    const QVector<Field<Rec>>& fields = KindOf<Rec>::fields();
+    const QString title = QStringLiteral("%1 %2: ").arg(KindOf<Rec>::title).arg(number);
     QStringList first;
     for (const Field<Rec>& f : fields)
         if (!f.ownLine)
@@ -273,9 +292,12 @@ QString printed(const QVector<Field<Rec>>& fields, const Rec& rec, const QString
 }
 
 template <class Rec>
-QJsonObject asJson(const QVector<Field<Rec>>& fields, const Rec& rec) {
+QJsonObject asJson(const Rec& rec) {
     QJsonObject json;
-    for (const Field<Rec>& f : fields) {
+    // The OSD box's record says so: its fields alone do not tell it from a cut record.
+    if (std::is_same_v<Rec, model_OsdParam>)
+        json.insert(QStringLiteral("osd"), true);
+    for (const Field<Rec>& f : KindOf<Rec>::fields()) {
         const QVariant v = f.get(rec);
         switch (f.kind) {
         case Field<Rec>::Device:
@@ -337,8 +359,9 @@ bool setField(const Field<Rec>& f, Rec& rec, const QJsonValue& value) {
 }
 
 template <class Rec>
-bool fromJson(const QVector<Field<Rec>>& fields, const QJsonObject& json, Rec& rec,
-              const QString& what, QString& error) {
+bool fromJson(const QJsonObject& json, Rec& rec, QString& error) {
+    const QVector<Field<Rec>>& fields = KindOf<Rec>::fields();
+    const QString what = QLatin1String(KindOf<Rec>::title);
     rec = Rec();
     QByteArray* counted = nullptr;
     QByteArray block;
@@ -382,28 +405,26 @@ bool fromJson(const QVector<Field<Rec>>& fields, const QJsonObject& json, Rec& r
 
 } // namespace
 
-QString recordText(const model_Protocoldata& rec, int number) {
-    return printed(recordFields(), rec, QStringLiteral("record %1: ").arg(number));
-}
-
-QJsonObject recordJson(const model_Protocoldata& rec) { return asJson(recordFields(), rec); }
+QString recordText(const model_Protocoldata& rec, int number) { return printed(rec, number); }
+QString recordText(const model_OsdParam& rec, int number) { return printed(rec, number); }
+QJsonObject recordJson(const model_Protocoldata& rec) { return asJson(rec); }
+QJsonObject recordJson(const model_OsdParam& rec) { return asJson(rec); }
 
 bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& error) {
-    return fromJson(recordFields(), json, rec, QStringLiteral("record"), error);
+    return fromJson(json, rec, error);
 }
 
-QString osdRecordText(const model_OsdParam& rec, int number) {
-    return printed(osdFields(), rec, QStringLiteral("OSD record %1: ").arg(number));
+bool recordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error) {
+    return fromJson(json, rec, error);
 }
 
-QJsonObject osdRecordJson(const model_OsdParam& rec) {
-    QJsonObject json = asJson(osdFields(), rec);
-    json.insert(QStringLiteral("osd"), true);
-    return json;
-}
-
-bool osdRecordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error) {
-    return fromJson(osdFields(), json, rec, QStringLiteral("OSD record"), error);
+bool recordFromJson(const QJsonObject& json, AnyRecord& rec, QString& error) {
+    if (json.value(QLatin1String("osd")).toBool()) {
+        rec = model_OsdParam();
+        return fromJson(json, std::get<model_OsdParam>(rec), error);
+    }
+    rec = model_Protocoldata();
+    return fromJson(json, std::get<model_Protocoldata>(rec), error);
 }
 
 // ---- the parts decode compares
@@ -456,6 +477,9 @@ std::optional<Parts> partsIn(const QVector<Field<Rec>>& fields, const Rec& rec,
 
 Parts fieldParts(const model_Protocoldata& rec) { return *partsIn(recordFields(), rec, {}); }
 Parts fieldParts(const model_OsdParam& rec) { return *partsIn(osdFields(), rec, {}); }
+Parts fieldParts(const AnyRecord& rec) {
+    return std::visit([](const auto& r) { return fieldParts(r); }, rec);
+}
 
 std::optional<Parts> partsOf(const model_Protocoldata& rec, const Parts& shape) {
     return partsIn(recordFields(), rec, shape);
@@ -505,9 +529,9 @@ const QString kQuoted = QStringLiteral("(\"(?:[^\"\\\\]|\\\\.)*\")");
 
 // The pattern of a first line: its title, then each first-line field's value.
 template <class Rec>
-QRegularExpression firstLine(const QVector<Field<Rec>>& fields, const QString& title) {
+QRegularExpression firstLine() {
     QStringList parts;
-    for (const Field<Rec>& f : fields) {
+    for (const Field<Rec>& f : KindOf<Rec>::fields()) {
         if (f.ownLine)
             continue;
         const QString value = f.kind == Field<Rec>::Device
@@ -516,8 +540,14 @@ QRegularExpression firstLine(const QVector<Field<Rec>>& fields, const QString& t
                                                            : QStringLiteral("(-?\\d+)");
         parts << QLatin1String(f.label) + QLatin1Char(' ') + value;
     }
-    return QRegularExpression(QLatin1Char('^') + title + QStringLiteral("(\\d+): ") +
+    return QRegularExpression(QStringLiteral("^%1 (\\d+): ").arg(KindOf<Rec>::title) +
                               parts.join(QStringLiteral(", ")) + QLatin1Char('$'));
+}
+
+template <class Rec>
+const QRegularExpression& firstLinePattern() {
+    static const QRegularExpression pattern = firstLine<Rec>();
+    return pattern;
 }
 
 // The pattern of a field's own line.
@@ -533,34 +563,38 @@ QRegularExpression ownLine(const Field<Rec>& f) {
                               QStringLiteral(" \\((\\d+) bytes\\):(?: (\\S+))?$"));
 }
 
+const QRegularExpression& headLine() {
+    static const QRegularExpression pattern = ownLine(recordFields()[kHeadField]);
+    return pattern;
+}
+
 bool failed(QString& error, const QString& text) {
     error = text;
     return false;
 }
 
-// Reads the first line's values (when `first` matched) and then each own line in order;
-// `whole` requires every line that is not optional.
+// Reads the first line's values (when `first` matched) and then each own line in order, noting
+// the parts read; a printout with its first line must hold every line that is not optional.
 template <class Rec>
-bool readPrinted(const QVector<Field<Rec>>& fields, const QRegularExpressionMatch& first,
-                 const QStringList& lines, int& at, Rec& rec, bool whole, const QString& what,
-                 QString& error) {
+bool readPrinted(const QRegularExpressionMatch& first, const QStringList& lines, int& at,
+                 PrintedRecord& read, QString& error) {
+    Rec rec;
+    const QString& what = read.what;
     int group = 2;
-    for (const Field<Rec>& f : fields) {
+    for (const Field<Rec>& f : KindOf<Rec>::fields()) {
         if (f.ownLine || !first.hasMatch())
             continue;
         const QString word = first.captured(group++);
         QString text;
-        if (f.kind == Field<Rec>::Text) {
-            if (!unquote(word, text))
-                return failed(error, what + QStringLiteral(" is garbled in its %1").arg(f.label));
-            f.set(rec, text);
-        } else {
-            f.set(rec, f.kind == Field<Rec>::Device ? QVariant(int(word.toUInt(nullptr, 16)))
-                                                    : QVariant(word.toLongLong()));
-        }
+        if (f.kind == Field<Rec>::Text && !unquote(word, text))
+            return failed(error, what + QStringLiteral(" is garbled in its %1").arg(f.label));
+        f.set(rec, f.kind == Field<Rec>::Text     ? QVariant(text)
+                   : f.kind == Field<Rec>::Device ? QVariant(int(word.toUInt(nullptr, 16)))
+                                                  : QVariant(word.toLongLong()));
+        read.parts << QLatin1String(f.part);
     }
     bool started = first.hasMatch();
-    for (const Field<Rec>& f : fields) {
+    for (const Field<Rec>& f : KindOf<Rec>::fields()) {
         if (!f.ownLine)
             continue;
         const QString line = at + (started ? 1 : 0) < lines.size()
@@ -568,7 +602,7 @@ bool readPrinted(const QVector<Field<Rec>>& fields, const QRegularExpressionMatc
                                  : QString();
         const QRegularExpressionMatch m = ownLine(f).match(line);
         if (!m.hasMatch()) {
-            if (f.optional || (!whole && started))
+            if (f.optional || (!first.hasMatch() && started))
                 continue;
             return failed(error,
                           what + QStringLiteral(" is cut: its %1 line is missing").arg(f.label));
@@ -576,6 +610,7 @@ bool readPrinted(const QVector<Field<Rec>>& fields, const QRegularExpressionMatc
         if (started)
             ++at;
         started = true;
+        read.parts << QLatin1String(f.part);
         if (f.kind == Field<Rec>::Text) {
             QString text;
             if (!unquote(m.captured(1), text))
@@ -597,54 +632,32 @@ bool readPrinted(const QVector<Field<Rec>>& fields, const QRegularExpressionMatc
             f.set(rec, bytes);
         }
     }
+    read.rec = rec;
     return true;
-}
-
-const QRegularExpression& recordLine() {
-    static const QRegularExpression pattern = firstLine(recordFields(), QStringLiteral("record "));
-    return pattern;
-}
-
-const QRegularExpression& osdLine() {
-    static const QRegularExpression pattern = firstLine(osdFields(), QStringLiteral("OSD record "));
-    return pattern;
-}
-
-const QRegularExpression& headLine() {
-    static const QRegularExpression pattern = ownLine(*std::find_if(
-        recordFields().begin(), recordFields().end(), [](const Field<model_Protocoldata>& f) {
-            return f.kind == Field<model_Protocoldata>::Head;
-        }));
-    return pattern;
 }
 
 } // namespace
 
 bool isRecordStart(const QString& line) {
-    return recordLine().match(line.trimmed()).hasMatch() ||
-           headLine().match(line.trimmed()).hasMatch();
+    const QString trimmed = line.trimmed();
+    return firstLinePattern<model_Protocoldata>().match(trimmed).hasMatch() ||
+           firstLinePattern<model_OsdParam>().match(trimmed).hasMatch() ||
+           headLine().match(trimmed).hasMatch();
 }
-
-bool isOsdRecordStart(const QString& line) { return osdLine().match(line.trimmed()).hasMatch(); }
 
 bool readRecord(const QStringList& lines, int& at, PrintedRecord& read, QString& error) {
-    const QRegularExpressionMatch first = recordLine().match(lines[at].trimmed());
     read = PrintedRecord();
-    read.deviceKnown = first.hasMatch();
-    read.number = first.captured(1).toInt();
-    const QString what = QStringLiteral("%1 (line %2)")
-                             .arg(read.deviceKnown ? QStringLiteral("record ") + first.captured(1)
-                                                   : QStringLiteral("head"))
-                             .arg(at + 1);
-    return readPrinted(recordFields(), first, lines, at, read.rec, read.deviceKnown, what, error);
-}
-
-bool readOsdRecord(const QStringList& lines, int& at, int& number, model_OsdParam& rec,
-                   QString& error) {
-    const QRegularExpressionMatch first = osdLine().match(lines[at].trimmed());
-    number = first.captured(1).toInt();
-    rec = model_OsdParam();
-    const QString what =
-        QStringLiteral("OSD record %1 (line %2)").arg(first.captured(1)).arg(at + 1);
-    return readPrinted(osdFields(), first, lines, at, rec, true, what, error);
+    const QString line = lines[at].trimmed();
+    const QRegularExpressionMatch osd = firstLinePattern<model_OsdParam>().match(line);
+    const QRegularExpressionMatch first = firstLinePattern<model_Protocoldata>().match(line);
+    const QRegularExpressionMatch& titled = osd.hasMatch() ? osd : first;
+    read.deviceKnown = titled.hasMatch();
+    read.number = titled.captured(1).toInt();
+    read.what = QStringLiteral("%1 (line %2)")
+                    .arg(osd.hasMatch()     ? QStringLiteral("OSD record ") + osd.captured(1)
+                         : read.deviceKnown ? QStringLiteral("record ") + first.captured(1)
+                                            : QStringLiteral("head"))
+                    .arg(at + 1);
+    return osd.hasMatch() ? readPrinted<model_OsdParam>(osd, lines, at, read, error)
+                          : readPrinted<model_Protocoldata>(first, lines, at, read, error);
 }

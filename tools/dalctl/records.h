@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <optional>
+#include <variant>
 
 // ---- device families, as the library's list names them -----------------------------------------
 
@@ -79,9 +80,13 @@ inline Part bytesPart(const char* name, const QByteArray& bytes) {
     return {QLatin1String(name), true, latin1(bytes)};
 }
 
+// A record of either kind: the processors' and keyboard's, or the OSD box's.
+using AnyRecord = std::variant<model_Protocoldata, model_OsdParam>;
+
 // Every field of a record as a part, in the field table's order.
 Parts fieldParts(const model_Protocoldata& rec);
 Parts fieldParts(const model_OsdParam& rec);
+Parts fieldParts(const AnyRecord& rec);
 // The parts of a record that `shape` names, in its order (every field for an empty shape);
 // nothing when the record has one of them not.
 std::optional<Parts> partsOf(const model_Protocoldata& rec, const Parts& shape);
@@ -96,26 +101,29 @@ struct CommandBytes {
 };
 std::optional<CommandBytes> commandBytesOf(const QString& part);
 
+// As dalctl prints a record: its first line numbered, then each field of its own line.
 QString recordText(const model_Protocoldata& rec, int number);
+QString recordText(const model_OsdParam& rec, int number);
+// As its JSON line (an OSD record's says "osd": true).
 QJsonObject recordJson(const model_Protocoldata& rec);
+QJsonObject recordJson(const model_OsdParam& rec);
 // One line for comparing the same request across families.
 QString recordSummary(const model_Protocoldata& rec);
+// A record read back from its JSON line; false with `error` set when it is not one.
 bool recordFromJson(const QJsonObject& json, model_Protocoldata& rec, QString& error);
+bool recordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error);
+bool recordFromJson(const QJsonObject& json, AnyRecord& rec, QString& error);
 
-QString osdRecordText(const model_OsdParam& rec, int number);
-QJsonObject osdRecordJson(const model_OsdParam& rec);
-bool osdRecordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error);
-
-// A record read back from the printout, starting at `lines[at]`; `at` is left on its last line.
-// Returns false with `error` set when the record is cut or garbled; `deviceKnown` tells whether
-// its first line (with the device type) was there or only its head line.
+// A record read back from the printout, starting at `lines[at]`: its first line and the lines
+// after it, or a head line alone (with what follows it). `at` is left on its last line.
 struct PrintedRecord {
+    QString what; // "record 1 (line 3)", "OSD record 2 (line 9)", "head (line 5)"
     int number = 0;
-    bool deviceKnown = false;
-    model_Protocoldata rec;
+    bool deviceKnown = false; // its first line, with the device type, was there
+    AnyRecord rec;
+    QStringList parts; // the parts the printout holds
 };
-bool isRecordStart(const QString& line);    // "record N: ..." or a head line alone
-bool isOsdRecordStart(const QString& line); // "OSD record N: ..."
+// Whether a line starts a printed record: "record N: ...", "OSD record N: ..." or a head line.
+bool isRecordStart(const QString& line);
+// Returns false with `error` set when the record is cut or garbled.
 bool readRecord(const QStringList& lines, int& at, PrintedRecord& read, QString& error);
-bool readOsdRecord(const QStringList& lines, int& at, int& number, model_OsdParam& rec,
-                   QString& error);

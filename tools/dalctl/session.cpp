@@ -132,7 +132,7 @@ QString Outcome::recordsText() const {
     for (int i = 0; i < records.size(); ++i)
         text += recordText(records[i], i + 1);
     for (int i = 0; i < osdRecords.size(); ++i)
-        text += osdRecordText(osdRecords[i], i + 1);
+        text += recordText(osdRecords[i], i + 1);
     return text;
 }
 
@@ -148,8 +148,7 @@ std::optional<int> Outcome::deviceType(int k) const {
 }
 
 QJsonObject Outcome::json(int k) const {
-    return k < records.size() ? recordJson(records[k])
-                              : osdRecordJson(osdRecords[k - records.size()]);
+    return k < records.size() ? recordJson(records[k]) : recordJson(osdRecords[k - records.size()]);
 }
 
 QString Call::key() const {
