@@ -1,5 +1,6 @@
 #include "biz_cmdswork.h"
 #include "dalTarsel.h"
+#include "families.h"
 #include "testsupport.h"
 #include "utility_manage.h"
 
@@ -7,6 +8,7 @@
 #include <QtTest>
 
 #include <thread>
+#include <vector>
 
 class tst_core : public QObject {
     Q_OBJECT
@@ -16,6 +18,7 @@ private slots:
     void routing_data();
     void routing();
     void refusedPastTheFramesLimit();
+    void traitsDriveTheirOperations();
     void recordAsFilled();
     void gating();
     void concurrentSenders();
@@ -84,6 +87,46 @@ void tst_core::refusedPastTheFramesLimit() {
         QCOMPARE(messages.warnings().size(), 1);
         QVERIFY(messages.debug().isEmpty());
     }
+}
+
+// Each trait of the device table changes its operation for exactly the codes that have it,
+// among the table's codes and one outside it.
+void tst_core::traitsDriveTheirOperations() {
+    ModelScene scene;
+    scene.maxLayerCount = 1;
+    scene.sceneList.resize(1);
+    scene.sceneList[0].layerList.resize(1);
+    ModelTarsel model;
+    model.maxContainerCount = 1;
+    model.containerParams = {_ContainerParam_Destktop()}; // mode 0, sent as 3 where translated
+    const auto byte10 = [](const model_Protocoldata& r) { return r.arryDatablock.mid(10, 1); };
+    const auto flag = [](bool shown, device::Trait trait) { return shown ? unsigned(trait) : 0u; };
+    const auto vm6s = [](const char* h) { return sendTo(family::VM6S, QByteArray::fromHex(h)); };
+    std::vector<device::Row> rows(std::begin(device::kRows), std::end(device::kRows));
+    rows.push_back({0x123456, "none", 0});
+    unsigned seen = 0, all = 0;
+    for (const device::TraitText& trait : device::kTraits)
+        all |= trait.trait;
+    DalTarsel dal;
+    for (const device::Row& row : rows) {
+        Utility_Manage::setDeviceType(row.code);
+        dal.setLayerContainerIndex(3000, 0, scene);
+        unsigned shown = flag(takeQueued().size() == 1, device::ContainerIndexes);
+        dal.geth264inputrtsp(model, 5, 11);
+        shown |= flag(takeQueued().value(0).cmdHead[4] == 0x5B, device::SixteenChannels);
+        Utility_Manage::setDeviceType(family::native);
+        dal.setContainerParam(model, row.code);
+        shown |= flag(byte10(takeQueued().value(0)) == "\x03", device::ContainerModes);
+        scene.deviceType = row.code;
+        dal.setLayerDate(0, 0, scene);
+        shown |= flag(takeQueued().value(0).arryDatablock.size() == 23, device::LayerExtraBytes);
+        Utility_Manage::setDeviceSubType(row.code);
+        shown |= flag(byte10(vm6s("6806000000")) == "\x01", device::SubTypeOne);
+        shown |= flag(byte10(vm6s("6a03000000")) == QByteArray(1, 0), device::NamedSubType);
+        QVERIFY2(shown == row.traits, qPrintable(QString::number(row.code, 16)));
+        seen |= row.traits;
+    }
+    QCOMPARE(seen, all); // each trait is seen on a code and off the last one
 }
 
 void tst_core::recordAsFilled() {

@@ -1,4 +1,5 @@
 #include "dalTarsel.h"
+#include "families.h"
 #include "testsupport.h"
 #include "utility_manage.h"
 
@@ -109,6 +110,8 @@ private slots:
 
     void translation_data();
     void translation();
+    void publicTranslators_data();
+    void publicTranslators();
     void t3Edid_data();
     void t3Edid();
     void t3EdidExtension();
@@ -210,6 +213,54 @@ void tst_dialects::translation() {
     QCOMPARE(rec.timeout, rule.timeout);
     QCOMPARE(rec.deviceType, rule.device);
     QCOMPARE(int(rec.msgCode), rule.msgCode);
+}
+
+// Each public translator gives what the generic send's route gives its family (before the
+// tag), on commands each dialect has a rule for, with and without a block and text.
+void tst_dialects::publicTranslators_data() {
+    QTest::addColumn<int>("device");
+    QTest::addColumn<QString>("translation");
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<bool>("withBlockAndText");
+    const QByteArray heads = QByteArray::fromHex("6806000000 681a040500 6a09020000 682a001e00 "
+                                                 "f108040009 f001030400 9003020000 9101020307");
+    for (int at = 0; at < heads.size(); at += 5)
+        for (bool both : {false, true}) {
+            const QByteArray head = heads.mid(at, 5);
+            const bool tunnelled = (uchar(head[0]) & 0xFE) == 0x90;
+#define DAL_FAMILY(name, cls, form, tag, other, tunnel, longest)                                   \
+    if (const QString t = tunnelled ? #tunnel : #other; t != "nullptr")                            \
+        QTest::addRow("%s %s %d", #name, head.toHex().constData(), both)                           \
+            << family::name << t << head << both;
+#include "families.def"
+        }
+}
+
+void tst_dialects::publicTranslators() {
+    QFETCH(int, device);
+    QFETCH(QString, translation);
+    QFETCH(QByteArray, head);
+    QFETCH(bool, withBlockAndText);
+    const QByteArray block = withBlockAndText ? kNative : QByteArray();
+    const QString text = withBlockAndText ? QStringLiteral("t") : QString();
+    model_Protocoldata rec = sendTo(family::native, head, block, text); // as the send fills it
+    DalTarsel dal;
+    model_Protocoldata vm6s = dal.transformBufToQStringForVM6S(rec);
+    const QMap<QString, model_Protocoldata> byName = {
+        {"t9", dal.transformBufToQStringForT9(rec)},
+        {"t3", dal.transformBufToQStringForT3(rec)},
+        {"kr2", dal.transformBufToQStringForKR2(rec)},
+        {"nv", dal.transformBufToQStringForNV(rec)},
+        {"h40", dal.transformBufToQStringForH40(rec)},
+        {"h40b", dal.transformBufToQStringForH40B(rec)},
+        {"vm6sFramed", dal.convertCheckSumForVMS(vm6s)},
+        {"vantaz", dal.transformBufToQStringForVantaZ(rec)},
+        {"cadex", dal.transformBufToQStringForCadex(rec)}};
+    QVERIFY2(byName.contains(translation), qPrintable(translation));
+    const auto fields = [](const model_Protocoldata& r) { // what translators set
+        return describe({r}) + QString::asprintf(" type %d msg %d", r.dataType, r.msgCode);
+    };
+    QCOMPARE(fields(byName[translation]), fields(sendTo(device, head, block, text)));
 }
 
 // EDID bytes as signed numbers, DAT3/DAT4 the length; from 257 bytes on, the second block is
