@@ -1,6 +1,7 @@
 #include "explain.h"
 
 #include "engine.h"
+#include "trace.h"
 
 #include <QHash>
 #include <QJsonArray>
@@ -16,7 +17,8 @@
 
 namespace {
 
-const char kTraceLabel[] = "---addToQueue----CMD=";
+const char* const kTraceLabel = dal::kTraceHeadLabels[0];
+const int kTraceLabelSize = int(std::strlen(kTraceLabel));
 const char kNote[] = "  # dal: ";
 
 struct Cursor {
@@ -29,6 +31,8 @@ struct Cursor {
         at += n;
         return true;
     }
+    // A label between the single spaces that part it from the values around it.
+    bool label(const char* text) { return take(" ") && take(text) && take(" "); }
     // A quoted run of lowercase hex digits.
     bool hex(const char*& from, const char*& to) {
         if (!take("\""))
@@ -43,21 +47,20 @@ struct Cursor {
 
 int hexValue(char c) { return c <= '9' ? c - '0' : c - 'a' + 10; }
 
-// The fields after the label: the five head bytes, the block and the quoted text, which closes
-// the line.
+// The fields after the line's first label: the five head bytes, the block and the quoted text,
+// which closes the line.
 bool parseTrace(Cursor c, TracedRecord& traced) {
-    static const char* const kLabels[] = {" ",
-                                          " ---DAT1= ", " ---DAT2= ", " ---DAT3= ", " ---DAT4= "};
-    for (const char* label : kLabels) {
+    for (const char* label : dal::kTraceHeadLabels) {
         const char *from, *to;
-        if (!c.take(label) || !c.hex(from, to) || to == from || to - from > 2)
+        if (!(label == kTraceLabel ? c.take(" ") : c.label(label)) || !c.hex(from, to) ||
+            to == from || to - from > 2)
             return false;
         traced.head +=
             char(to - from == 1 ? hexValue(*from) : hexValue(*from) * 16 + hexValue(from[1]));
     }
     const char *block, *blockEnd;
-    if (!c.take(" ---arryDatablock= ") || !c.hex(block, blockEnd) || (blockEnd - block) % 2 ||
-        !c.take(" ---Datablock= "))
+    if (!c.label(dal::kTraceBlockLabel) || !c.hex(block, blockEnd) || (blockEnd - block) % 2 ||
+        !c.label(dal::kTraceTextLabel))
         return false;
     traced.block = QByteArray::fromHex(QByteArray(block, int(blockEnd - block)));
     return unquote(QString::fromUtf8(c.at, int(c.end - c.at)), traced.text);
@@ -138,8 +141,7 @@ TracedRecord readTraceLine(const QByteArray& line) {
     const auto label = line.indexOf(kTraceLabel);
     if (label < 0)
         return traced;
-    const Cursor cursor{line.constData() + label + int(sizeof kTraceLabel) - 1,
-                        line.constData() + line.size()};
+    const Cursor cursor{line.constData() + label + kTraceLabelSize, line.constData() + line.size()};
     traced.status = parseTrace(cursor, traced) ? TracedRecord::Read : TracedRecord::Garbled;
     return traced;
 }
@@ -162,7 +164,7 @@ void annotate(const char* line, int size, const Family* device, bool json, long 
             put(line, size);
         return;
     }
-    const int from = int(label + sizeof kTraceLabel - 1);
+    const int from = int(label + kTraceLabelSize);
     const QByteArray& note =
         annotations.of(QByteArray::fromRawData(line + from, body - from), device, json);
     static const QByteArray garbled = "cut or garbled trace line";
