@@ -63,9 +63,32 @@ function bytes(e, rec, key, marks) {
     for (const b of n.textContent.split(' ').filter(Boolean))
       rec[key] += b, rec[marks].push(n.nodeName === 'MARK' ? n.title.split(', ') : []);
 }
-frame.onload = () => view.textContent = encodeURIComponent(JSON.stringify(
+// At 800 and 1024 px, every fold open, what does not read: a text column under 15em, a cell's
+// bytes or text past its cell or the window, column titles on top of each other.
+const cramped = new Map();
+function measure(d, width) {
+  frame.style.width = width + 'px';
+  const range = d.createRange();
+  const box = e => (range.selectNodeContents(e), range.getBoundingClientRect());
+  const apart = (a, b) => a.right <= b.left || b.right <= a.left || a.bottom <= b.top || b.bottom <= a.top;
+  for (const s of all(d, 'section[data-signature]')) {
+    const titles = all(s, 'thead th').map(box).filter(r => r.width), bad = cramped.get(s) || [];
+    all(s, '.text').forEach(e => e.closest('td').offsetWidth < 210 && bad.push(width + ': text column'));
+    all(s, '.head, .text, .block, .legend, .other').forEach(e => box(e).right > 1 + Math.min(
+        d.documentElement.clientWidth, e.closest('td').getBoundingClientRect().right) &&
+        bad.push(width + ': ' + e.className + ' cut'));
+    titles.forEach((a, i) => titles.slice(i + 1).some(b => !apart(a, b)) &&
+        bad.push(width + ': titles overlap'));
+    cramped.set(s, bad);
+  }
+}
+frame.onload = () => {
+  all(frame.contentDocument, 'details').forEach(e => e.open = true);
+  [800, 1024].forEach(w => measure(frame.contentDocument, w));
+  view.textContent = encodeURIComponent(JSON.stringify(
   all(frame.contentDocument, 'section[data-signature]').map(s => ({
     signature: s.dataset.signature, hidden: s.hidden, sample: text(s, '.sample'),
+    cramped: cramped.get(s),
     rows: all(s, 'tr[data-family]').map(tr => {
       const rec = { timeout: +text(tr, '.timeout'), Datablock: text(tr, '.text') };
       bytes(tr.querySelector('.head'), rec, 'head', 'marks');
@@ -74,6 +97,7 @@ frame.onload = () => view.textContent = encodeURIComponent(JSON.stringify(
                text: tr.textContent, shown: rec,
                legend: all(tr, '.legend li').map(li => li.textContent).join('; ') };
     }) }))));
+};
 frame.src = 'reference.html' + location.hash;
 document.body.appendChild(frame);
 </script>)";
@@ -192,6 +216,8 @@ private slots:
             const QString name = str(data[i], "name"), sample = str(shown[i], "sample");
             QCOMPARE(str(shown[i], "signature"), str(data[i], "signature"));
             QVERIFY(!shown[i]["hidden"].toBool());
+            QVERIFY2(arr(shown[i], "cramped").isEmpty(),
+                     QJsonDocument(arr(shown[i], "cramped")).toJson().constData());
             for (const QJsonValue& arg : arr(data[i], "arguments")) {
                 const QString written = str(arg, "written");
                 const bool list = written.startsWith("numbers ");
