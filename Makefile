@@ -9,12 +9,15 @@ FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
 FUZZERS    := fuzz_registry fuzz_translators fuzz_blocks fuzz_decode
 JOBS       ?= $(shell nproc)
-PACKAGES   := cmake g++ make pkg-config qtbase5-dev qt6-base-dev
+# The Debian packages' test needs dpkg-dev (dpkg-shlibdeps), file (CPack) and lintian; the ABI
+# check needs abigail-tools.
+PACKAGES   := cmake g++ make pkg-config qtbase5-dev qt6-base-dev abigail-tools dpkg-dev file \
+              lintian
 SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 CTEST      := ctest --output-on-failure -j $(JOBS)
 
 .PHONY: all deps browser build build-asan build-tsan build-qt6 demo reference test test-plain \
-        test-asan test-tsan test-qt6 bench fuzz clean
+        test-asan test-tsan test-qt6 package abi-baseline bench fuzz clean
 
 all: build
 
@@ -76,6 +79,17 @@ test-qt6: build-qt6 browser
 	cd $(QT6_BUILD) && $(CTEST)
 
 test: test-plain test-asan test-tsan test-qt6
+
+# The Debian packages of the Qt 5 build, written into it: the runtime, the development files
+# and dalctl.
+package: build
+	cd $(BUILD) && cpack -G DEB
+	@ls $(BUILD)/*.deb
+
+# Rewrites both ABI baselines from the Qt 5 and Qt 6 builds, after a deliberate change (README).
+abi-baseline: build-qt6
+	cmake --build $(BUILD) --target abi_baseline
+	cmake --build $(QT6_BUILD) --target abi_baseline
 
 bench: deps browser
 	$(MAKE) deps PACKAGES=libbenchmark-dev
