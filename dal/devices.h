@@ -7,25 +7,29 @@ namespace device {
 
 namespace detail {
 enum TraitBit {
-#define DAL_TRAIT(name, what) name##Bit,
+#define DAL_TRAIT(name, input, what) name##Bit,
 #include "devices.def"
 };
 } // namespace detail
 
 // The traits as bit flags, so that a row holds any number of them.
 enum Trait : unsigned {
-#define DAL_TRAIT(name, what) name = 1u << detail::name##Bit,
+#define DAL_TRAIT(name, input, what) name = 1u << detail::name##Bit,
 #include "devices.def"
 };
+
+// What the library compares with the code to treat it so.
+enum class Input { DeviceType, Argument, ModelMember, SubType };
 
 struct TraitText {
     Trait trait;
     const char* name;
+    Input input;
     const char* what; // follows "native records, with " or "... records, with "
 };
 
 inline constexpr TraitText kTraits[] = {
-#define DAL_TRAIT(name, what) {name, #name, what},
+#define DAL_TRAIT(name, input, what) {name, #name, Input::input, what},
 #include "devices.def"
 };
 

@@ -29,7 +29,7 @@ namespace {
 void quiet(QtMsgType, const QMessageLogContext&, const QString&) {}
 
 void decode(const QByteArray& input, const Family* device) {
-    const Decoded decoded = decodeInput(input, device, [](const Decoding& record) {
+    const Decoded decoded = decodeInput(input, device, false, [](const Decoding& record) {
         record.text();
         QJsonDocument(record.json()).toJson(QJsonDocument::Compact);
     });

@@ -200,7 +200,7 @@ void tst_dalctl::helpPerCommand() {
     }
     QCOMPARE(pages.size(), commands.size() + 1);
     QCOMPARE(options.value("list"), QStringList());
-    QCOMPARE(options["decode"], QStringList({"--device", "--json", "--file"}));
+    QCOMPARE(options["decode"], QStringList({"--device", "--json", "--file", "--as-text"}));
     QVERIFY(options["raw"].contains("--timeout") && options["raw"].contains("--text"));
     QVERIFY(!options["saveScene"].contains("--timeout") &&
             options["saveScene"].contains("--model"));

@@ -87,6 +87,8 @@ const QVector<OptionRow>& optionRows() {
             << OptionRow{"timeout", "MS", "The reply time-out.", "3000"}
             << OptionRow{"text", "TEXT", "The text payload.", ""}
             << OptionRow{"file", "FILE", "Read the input from FILE.", ""}
+            << OptionRow{"as-text", "",
+                         "Read the input as a text a family is sent, though it reads as hex.", ""}
             << OptionRow{"out", "FILE", "Write the page to FILE.", ""};
         return all;
     }();
@@ -165,25 +167,27 @@ QString generalHelp() {
 
 QString familyList() { return familyNames().join(QStringLiteral(", ")); }
 
-// The family given by --device, or null when none was given; `error` is set when the option
-// names none.
-const Family* deviceOption(const QCommandLineParser& parser, QString& error) {
+// The device given by --device, or nothing when none was given; `error` is set when the option
+// names none. What the library does with a code no family has is said on standard error.
+std::optional<Device> deviceOption(const QCommandLineParser& parser, QString& error) {
     if (!parser.isSet(QStringLiteral("device")))
-        return nullptr;
+        return std::nullopt;
     const QString given = parser.value(QStringLiteral("device"));
-    const Family* family = familyOf(given);
-    if (!family)
-        error = QStringLiteral("unknown device %1: the families are %2, or a device-type code of "
-                               "one")
+    const std::optional<Device> device = deviceNamed(given);
+    if (!device)
+        error = QStringLiteral("unknown device %1: the families are %2; or unknown, or any "
+                               "device-type code in decimal or 0x-hex")
                     .arg(given, familyList());
-    return family;
+    else if (const QString what = describeCode(device->code); !device->ofFamily())
+        err() << "dalctl: " << what << Qt::endl;
+    return device;
 }
 
-// The utility's values the options set, for a device of `family` given as `given`.
-bool utilityFrom(const QCommandLineParser& parser, const Family& family, UtilityValues& u,
+// The utility's values the options set, for the device.
+bool utilityFrom(const QCommandLineParser& parser, const Device& device, UtilityValues& u,
                  QString& error) {
     u = UtilityValues();
-    u.deviceType = deviceCodeOf(family, parser.value(QStringLiteral("device")));
+    u.deviceType = device.code;
     for (const UtilityOption& o : utilityOptions()) {
         const QString value = parser.isSet(QLatin1String(o.option))
                                   ? parser.value(QLatin1String(o.option))
@@ -240,19 +244,19 @@ int printOutcome(const Outcome& outcome, bool json) {
     return outcome.empty() && outcome.returned.isEmpty() ? kNothing : kAnswer;
 }
 
-// A record that went to another family than the one named is pointed out.
-void noteOtherFamilies(const Outcome& outcome, const Family& named, const QString& operation) {
+// A record that went to another family than the device's is pointed out.
+void noteOtherFamilies(const Outcome& outcome, const Device& named, const QString& operation) {
     QStringList others;
     for (const model_Protocoldata& rec : outcome.records) {
         const Family* f = familyOfCode(rec.deviceType);
         const QString family =
             f ? f->name : QStringLiteral("device type ") + deviceCodeText(rec.deviceType);
-        if (f != &named && !others.contains(family))
+        if (rec.deviceType != named.code && f != named.family && !others.contains(family))
             others << family;
     }
     if (!others.isEmpty())
         err() << "dalctl: note: " << operation << " sends to " << others.join(QStringLiteral(", "))
-              << " whatever the device; " << named.name << " was named\n";
+              << " whatever the device; " << named.word() << " was named\n";
     err().flush();
 }
 
@@ -260,7 +264,7 @@ void noteOtherFamilies(const Outcome& outcome, const Family& named, const QStrin
 
 int runOperation(Context& c) {
     QString error;
-    const Family* given = deviceOption(c.parser, error);
+    const std::optional<Device> given = deviceOption(c.parser, error);
     if (!error.isEmpty())
         return badInput(error);
     const Operation* op = nullptr;
@@ -269,21 +273,23 @@ int runOperation(Context& c) {
     } catch (const UsageError& e) {
         return badInput(QString::fromStdString(e.what()), e.usage);
     }
+    // A family the class never sends to is refused; a code no family has runs as the library
+    // runs it.
     const QVector<const Family*> own = familiesOf(op->className);
-    const Family* family = given ? given : own.first();
-    if (!own.contains(family)) {
+    const Device device = given.value_or(Device{own.first(), own.first()->code, {}});
+    if (device.ofFamily() && !own.contains(device.family)) {
         QStringList names;
         for (const Family* f : own)
             names << f->name;
         return badInput(QStringLiteral("%1 is an operation of %2, which never sends to the %3 "
                                        "family; its families: %4")
-                            .arg(op->qualifiedName(), op->className, family->name,
+                            .arg(op->qualifiedName(), op->className, device.family->name,
                                  names.join(QStringLiteral(", "))));
     }
     Call call;
     call.op = op;
     call.words = c.words;
-    if (!utilityFrom(c.parser, *family, call.utility, error) ||
+    if (!utilityFrom(c.parser, device, call.utility, error) ||
         !modelsFrom(c.parser, call.models, error))
         return badInput(error);
     Outcome outcome;
@@ -293,23 +299,21 @@ int runOperation(Context& c) {
         return badInput(QStringLiteral("%1: %2").arg(op->name, QString::fromStdString(e.what())),
                         QStringLiteral("usage: dalctl [options] %1").arg(op->usage()));
     }
-    noteOtherFamilies(outcome, *family, op->name);
+    noteOtherFamilies(outcome, device, op->name);
     return printOutcome(outcome, c.parser.isSet(QStringLiteral("json")));
 }
 
 int runRawCommand(Context& c) {
     QString error;
-    const Family* family = deviceOption(c.parser, error);
+    const Device device = deviceOption(c.parser, error).value_or(deviceOfCode(family::native));
     if (!error.isEmpty())
         return badInput(error);
-    if (!family)
-        family = &families().first();
-    if (!family->routed())
+    if (!device.family->routed())
         return badInput(QStringLiteral("raw sends through DalTarsel::f_SendCmd, which never sends "
                                        "to the %1 family")
-                            .arg(family->name));
+                            .arg(device.family->name));
     UtilityValues u;
-    if (!utilityFrom(c.parser, *family, u, error))
+    if (!utilityFrom(c.parser, device, u, error))
         return badInput(error);
     long long timeout = 0;
     try {
@@ -380,12 +384,12 @@ int runDemo(Context&) {
 
 int runExplain(Context& c) {
     QString error;
-    const Family* family = deviceOption(c.parser, error);
+    const std::optional<Device> device = deviceOption(c.parser, error);
     if (!error.isEmpty())
         return badInput(error);
-    if (family && !family->routed())
-        return badInput(
-            QStringLiteral("trace lines come from DalTarsel's families, not %1").arg(family->name));
+    if (device && !device->family->routed())
+        return badInput(QStringLiteral("trace lines come from DalTarsel's families, not %1")
+                            .arg(device->family->name));
     if (c.words.size() > 1)
         return badInput(QStringLiteral("explain takes at most one file"),
                         usageOf(rowOf(c.command)));
@@ -396,14 +400,15 @@ int runExplain(Context& c) {
     if (!opened)
         return badInput(QStringLiteral("cannot read %1: %2").arg(name, file.errorString()));
     out().flush();
-    return explainStream(file.handle(), stdout, family, c.parser.isSet(QStringLiteral("json")))
+    return explainStream(file.handle(), stdout, device ? &*device : nullptr,
+                         c.parser.isSet(QStringLiteral("json")))
                ? kAnswer
                : badInput(QStringLiteral("error reading %1").arg(name));
 }
 
 int runDecode(Context& c) {
     QString error;
-    const Family* family = deviceOption(c.parser, error);
+    const std::optional<Device> device = deviceOption(c.parser, error);
     if (!error.isEmpty())
         return badInput(error);
     const QString fileName = c.parser.value(QStringLiteral("file"));
@@ -428,13 +433,15 @@ int runDecode(Context& c) {
         input = c.words.join(QLatin1Char(' ')).toUtf8();
     }
     const bool json = c.parser.isSet(QStringLiteral("json"));
-    const Decoded decoded = decodeInput(input, family, [json](const Decoding& record) {
-        out() << (json ? QString::fromUtf8(
-                             QJsonDocument(record.json()).toJson(QJsonDocument::Compact)) +
-                             '\n'
-                       : record.text());
-        out().flush();
-    });
+    const Decoded decoded = decodeInput(
+        input, device ? &*device : nullptr, c.parser.isSet(QStringLiteral("as-text")),
+        [json](const Decoding& record) {
+            out() << (json ? QString::fromUtf8(
+                                 QJsonDocument(record.json()).toJson(QJsonDocument::Compact)) +
+                                 '\n'
+                           : record.text());
+            out().flush();
+        });
     if (!decoded.error.isEmpty())
         return badInput(decoded.error);
     const bool everyFound = std::all_of(decoded.records.begin(), decoded.records.end(),
@@ -509,11 +516,11 @@ const QVector<CommandRow>& commandRows() {
              "tail -F app.log | dalctl explain -",
              runExplain},
             {"decode",
-             "decode [--device D] [--json] INPUT... | - | --file FILE",
+             "decode [--device D] [--json] [--as-text] INPUT... | - | --file FILE",
              "Names the operations proven to queue each record of the input, with every value "
              "they read and what produced each byte: records as dalctl prints them (or their "
              "--json lines), trace lines, hex heads and blocks, frames, or a family's text.",
-             {"device", "json", "file"},
+             {"device", "json", "file", "as-text"},
              "dalctl --device T3 saveScene 3000 5 | dalctl decode -",
              runDecode},
             {"doc",

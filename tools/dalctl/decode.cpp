@@ -21,16 +21,10 @@ bool sendsOsd(const Family& f) { return f.form == Form::Osd; }
 bool sendsTexts(const Family& f) { return f.form == Form::Text || f.form == Form::Frame; }
 bool sendsFrames(const Family& f) { return f.form == Form::Frame; }
 
-// The families a record of unknown family may have gone to: the one given, or each family
-// of the classes that queue records of that kind.
-QVector<const Family*> searched(const Family* device, bool (*keep)(const Family&)) {
-    return device ? QVector<const Family*>{device} : familiesWhere(keep);
-}
-
-// The family a record's device type names, or the native family for one that names none.
-const Family* familyOf(int deviceType) {
-    const Family* family = familyOfCode(deviceType);
-    return family ? family : &families().first();
+// The devices a record of unknown device may have gone to: the one given, or each device of
+// the families that queue records of that kind.
+QVector<Device> searched(const Device* device, bool (*keep)(const Family&)) {
+    return device ? QVector<Device>{*device} : devicesWhere(keep);
 }
 
 QString shown(const QString& text) {
@@ -43,10 +37,11 @@ QString shown(const QString& text) {
 // The input's lines, read one form at a time into the records they hold.
 struct Input {
     QStringList lines;
-    const Family* device;
+    const Device* device;
     QVector<Decoding> records; // printed and JSON records, in order
     QVector<Decoding> traces;  // trace lines: the records' own echo, when there are records
     QString stray;             // a line that looks like JSON and is no record
+    QVector<int> returned;     // lines of what an operation returned, as dalctl --json says it
     QString error;
 
     QString where(const QString& what, int at) const {
@@ -56,30 +51,27 @@ struct Input {
         error = what;
         return false;
     }
-    // A record read whole (every field, its device type among them) is decoded on its device's
-    // family alone; an OSD record on the OSD box. A record that names no family (the device
-    // search's first probes) is decoded on the native family, which sends records unchanged.
-    bool whole(Decoding& d, const AnyRecord& rec) {
+    // A record read whole (every field, its device type among them) is decoded on the device
+    // given, else on its own device type (a code no family has included); an OSD record on the
+    // OSD box.
+    void whole(Decoding& d, const AnyRecord& rec) {
         const auto* own = std::get_if<model_Protocoldata>(&rec);
-        const Family* family = own ? familyOf(own->deviceType) : familiesWhere(sendsOsd).first();
-        if (device && family != device)
-            return fail(QStringLiteral("%1 went to a %2 device, not %3: leave out --device to "
-                                       "decode it as printed")
-                            .arg(d.what, family->name, device->name));
         if (own)
             d.what += QStringLiteral(": device %1 (%2)")
                           .arg(deviceCodeText(own->deviceType), familyName(own->deviceType));
         d.readings << Reading{QLatin1String(own ? "record" : "OSD record"),
                               engine::wholeRecord(rec),
-                              own ? QVector<const Family*>{family} : familiesWhere(sendsOsd),
-                              {}};
+                              device ? QVector<Device>{*device}
+                              : own  ? QVector<Device>{deviceOfCode(own->deviceType)}
+                                     : devicesWhere(sendsOsd)};
         records << d;
-        return true;
     }
     // A head and what the input says beside it, searched on every family that sends heads.
     void head(Decoding& d, const Parts& parts) {
-        d.readings << Reading{
-            QStringLiteral("8-byte head"), {parts}, searched(device, sendsHeads), {}};
+        const bool command = parts.first().name == QLatin1String("command");
+        d.readings << Reading{QLatin1String(command ? "5-byte head" : "8-byte head"),
+                              {parts},
+                              searched(device, sendsHeads)};
         records << d;
     }
 };
@@ -91,12 +83,24 @@ bool readPrinted(Input& in, int& at) {
     if (!readRecord(in.lines, at, read, error))
         return in.fail(error);
     Decoding d{read.what, {}};
-    if (read.deviceKnown)
-        return in.whole(d, read.rec);
+    if (read.deviceKnown) {
+        in.whole(d, read.rec);
+        return true;
+    }
+    // A head line alone is read by its length: a record's 8-byte head, or CMD..DAT4.
+    if (read.head.size() != kRecordHeadSize && read.head.size() != kHeadSize)
+        return in.fail(QStringLiteral("%1 holds %2 bytes: a record's head has %3 (address, 0, "
+                                      "CMD, DAT1..DAT4, spare), or %4 (CMD, DAT1..DAT4)")
+                           .arg(read.what)
+                           .arg(read.head.size())
+                           .arg(kRecordHeadSize)
+                           .arg(kHeadSize));
     Parts said;
     for (const Part& p : fieldParts(read.rec))
         if (read.parts.contains(p.name))
-            said << p;
+            said << (p.name == QLatin1String("head") && read.head.size() == kHeadSize
+                         ? bytesPart("command", read.head)
+                         : p);
     in.head(d, said);
     return true;
 }
@@ -110,7 +114,9 @@ bool readJsonLine(Input& in, int at) {
         if (!doc.isObject())
             in.stray = in.where(
                 QStringLiteral("a line that starts like JSON but is not a JSON object"), at);
-        else if (json.keys() != QStringList{QStringLiteral("returned")})
+        else if (json.keys() == QStringList{QStringLiteral("returned")})
+            in.returned << at;
+        else
             in.stray = in.where(
                 QStringLiteral("a JSON object that is not a record (it has no \"head\")"), at);
         return true;
@@ -122,8 +128,9 @@ bool readJsonLine(Input& in, int at) {
     if (!recordFromJson(json, rec, error))
         return in.fail(d.what + QStringLiteral(": ") + error);
     if (osd || json.contains(QLatin1String("deviceType")))
-        return in.whole(d, rec);
-    in.head(d, fieldParts(rec));
+        in.whole(d, rec);
+    else
+        in.head(d, fieldParts(rec));
     return true;
 }
 
@@ -134,8 +141,7 @@ bool readTrace(Input& in, int at, const TracedRecord& traced) {
         return in.fail(d.what + QStringLiteral(" is cut or garbled"));
     d.readings << Reading{QStringLiteral("trace"),
                           engine::traceLine(traced.head, traced.block, traced.text),
-                          searched(in.device, [](const Family& f) { return f.routed(); }),
-                          {}};
+                          searched(in.device, [](const Family& f) { return f.routed(); })};
     in.traces << d;
     return true;
 }
@@ -159,26 +165,24 @@ bool readLines(Input& in) {
 
 // The whole input as one record in hex: a frame, an OSD frame, a 5-byte head and block, a
 // record's 8-byte head and block.
-bool readHex(const QByteArray& bytes, const Family* device, Decoding& d, QString& error) {
+bool readHex(const QByteArray& bytes, const Device* device, Decoding& d, QString& error) {
     d.what = QStringLiteral("hex, %1 bytes").arg(bytes.size());
     if (bytes.startsWith(kFrameStart))
-        d.readings << Reading{
-            QStringLiteral("frame"), engine::frameAlone(bytes), searched(device, sendsFrames), {}};
+        d.readings << Reading{QStringLiteral("frame"), engine::frameAlone(bytes),
+                              searched(device, sendsFrames)};
     if (bytes.size() >= kOsdHeaderSize && bytes.mid(1, 3) == kOsdMarker)
-        d.readings << Reading{
-            QStringLiteral("OSD frame"), engine::osdFrame(bytes), familiesWhere(sendsOsd), {}};
+        d.readings << Reading{QStringLiteral("OSD frame"), engine::osdFrame(bytes),
+                              devicesWhere(sendsOsd)};
     if (bytes.size() >= kHeadSize)
         d.readings << Reading{QStringLiteral("5-byte head"),
                               engine::headAndBlock(bytes.left(kHeadSize), bytes.mid(kHeadSize)),
-                              searched(device, sendsHeads),
-                              {}};
+                              searched(device, sendsHeads)};
     // A record's own head: its second byte is always 0.
     if (bytes.size() >= kRecordHeadSize && bytes[1] == 0)
         d.readings << Reading{
             QStringLiteral("8-byte head"),
             engine::headAndBlock(bytes.left(kRecordHeadSize), bytes.mid(kRecordHeadSize)),
-            searched(device, sendsHeads),
-            {}};
+            searched(device, sendsHeads)};
     if (d.readings.isEmpty())
         error = QStringLiteral("%1 bytes are too few: a native record starts with CMD DAT1 DAT2 "
                                "DAT3 DAT4")
@@ -186,119 +190,169 @@ bool readHex(const QByteArray& bytes, const Family* device, Decoding& d, QString
     return d.readings.size();
 }
 
-// The whole input as a text a family is sent; a pasted text may have gained or lost white
-// space at its ends.
-bool readText(const QByteArray& input, const Family* device, Decoding& d, QString& error) {
-    const QString sent = QString::fromUtf8(input);
+// The whole input as a text a family is sent: as it stands, or without the white space a paste
+// may have added at its ends.
+bool readText(const QString& sent, const Device* device, Decoding& d, QString& error) {
     const QString text = sent.trimmed();
     if (text.size() > kMaxText) {
         error = QStringLiteral("a text of %1 characters is longer than any a family is sent")
                     .arg(text.size());
         return false;
     }
-    d.what = QStringLiteral("text %1").arg(quote(shown(text)));
-    d.readings << Reading{
-        QStringLiteral("text"), engine::textAlone(sent), searched(device, sendsTexts), {}};
-    if (text != sent)
-        d.readings << Reading{QStringLiteral("text, trimmed"),
-                              engine::textAlone(text),
-                              searched(device, sendsTexts),
-                              {}};
+    if (d.what.isEmpty())
+        d.what = QStringLiteral("text %1").arg(quote(shown(text)));
+    const bool alternative = !d.readings.isEmpty();
+    d.readings << Reading{QStringLiteral("text"), engine::textAlone(sent),
+                          searched(device, sendsTexts), engine::textAlone(text)};
+    d.readings.last().alternative = alternative;
     return true;
 }
 
-bool readWhole(const QByteArray& input, const Family* device, Decoding& d, QString& error) {
-    QString compact = QString::fromUtf8(input).trimmed();
+// The whole input as hex, as a text, or (a text that reads as hex) as both.
+bool readWhole(const QString& input, const Device* device, bool asText, Decoding& d,
+               QString& error) {
+    QString compact = input.trimmed();
     compact.remove(QRegularExpression(QStringLiteral("\\s")));
     if (compact.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
         compact = compact.mid(2);
-    if (isHexPairs(compact) && !compact.isEmpty())
-        return readHex(QByteArray::fromHex(compact.toLatin1()), device, d, error);
-    return readText(input, device, d, error);
+    const bool hex = !asText && isHexPairs(compact) && !compact.isEmpty();
+    const bool texts = !searched(device, sendsTexts).isEmpty();
+    if (hex && !readHex(QByteArray::fromHex(compact.toLatin1()), device, d, error)) {
+        if (!texts)
+            return false;
+        d.what.clear(); // too few bytes for any record: a text alone
+    }
+    QString textError;
+    if ((!hex || texts) && !readText(input, device, d, textError) && d.readings.isEmpty())
+        error = textError;
+    return !d.readings.isEmpty();
 }
 
 Decoded refuse(const QString& error) { return Decoded{error, {}}; }
 
-// The same answer on several families is one line, with its families.
+// The same answer on several devices is one line, with its devices.
 struct Line {
     QString text;
-    QStringList families;
+    QStringList devices;
     const engine::Answer* answer;
 };
 
+// The lines of the answers that read the input; those that hold for any text are said apart.
 QVector<Line> linesOf(const Reading& r) {
     QVector<Line> lines;
     for (const engine::Answer& a : r.result.answers) {
+        if (a.anyText)
+            continue;
         const QString text = a.text();
         auto same = std::find_if(lines.begin(), lines.end(), [&](const Line& l) {
             return l.text == text && l.answer->bytes.size() == a.bytes.size();
         });
         if (same != lines.end())
-            same->families << a.family->name;
+            same->devices << a.device.name();
         else
-            lines << Line{text, {a.family->name}, &a};
+            lines << Line{text, {a.device.name()}, &a};
     }
     return lines;
+}
+
+// The operations that send any text as it stands, and the devices they do so on.
+struct AnyText {
+    QStringList operations;
+    QStringList devices;
+};
+
+AnyText anyTextOf(const Reading& r) {
+    AnyText any;
+    for (const engine::Answer& a : r.result.answers) {
+        if (!a.anyText)
+            continue;
+        if (!any.operations.contains(a.call.op->name))
+            any.operations << a.call.op->name;
+        if (!any.devices.contains(a.device.name()))
+            any.devices << a.device.name();
+    }
+    return any;
+}
+
+QString bytesLine(const engine::ByteName& b) {
+    const QString range =
+        b.from == b.to ? QString::number(b.from) : QStringLiteral("%1-%2").arg(b.from).arg(b.to);
+    const QString value = b.value.isEmpty() ? QString()
+                          : b.what == QLatin1String("constant")
+                              ? QLatin1Char(' ') + b.value
+                              : QStringLiteral(" = ") + shownWord(b.value);
+    return QStringLiteral("    %1 %2: %3%4\n").arg(b.part, range, b.what, value);
 }
 
 } // namespace
 
 bool Decoding::found() const {
     return std::any_of(readings.begin(), readings.end(),
-                       [](const Reading& r) { return !r.result.answers.isEmpty(); });
+                       [](const Reading& r) { return !linesOf(r).isEmpty(); });
 }
 
 QString Decoding::text() const {
     QString out = what + QLatin1Char('\n');
     for (const Reading& r : readings) {
-        if (r.result.answers.isEmpty()) {
+        const QVector<Line> lines = linesOf(r);
+        const AnyText any = anyTextOf(r);
+        if (r.alternative && lines.isEmpty() && found())
+            continue;
+        if (lines.isEmpty() && any.operations.isEmpty()) {
             out += QStringLiteral("  %1: no operation sends it").arg(r.label);
             if (r.result.closest)
                 out += QStringLiteral("; ") + r.result.closest->text();
             out += QLatin1Char('\n');
             continue;
         }
-        for (const Line& line : linesOf(r)) {
+        for (const Line& line : lines) {
             out += QStringLiteral("  %1 on %2: %3\n")
-                       .arg(r.label, line.families.join(QLatin1Char(' ')), line.text);
+                       .arg(r.label, line.devices.join(QLatin1Char(' ')), line.text);
             out += QStringLiteral("    replay: %1\n").arg(line.answer->replay());
-            for (const engine::ByteName& b : line.answer->bytes) {
-                const QString range = b.from == b.to
-                                          ? QString::number(b.from)
-                                          : QStringLiteral("%1-%2").arg(b.from).arg(b.to);
-                out += QStringLiteral("    %1 %2: %3%4\n")
-                           .arg(b.part, range, b.what,
-                                b.value.isEmpty() ? QString()
-                                : b.what == QLatin1String("constant")
-                                    ? QLatin1Char(' ') + b.value
-                                    : QStringLiteral(" = ") + b.value);
-            }
+            for (const engine::ByteName& b : line.answer->bytes)
+                out += bytesLine(b);
         }
+        if (!any.operations.isEmpty())
+            out += QStringLiteral("  %1 on %2: any text at all, sent as it stands by %3: %4\n")
+                       .arg(r.label, any.devices.join(QLatin1Char(' ')),
+                            any.operations.size() == 1
+                                ? QStringLiteral("1 operation")
+                                : QStringLiteral("%1 operations").arg(any.operations.size()),
+                            any.operations.join(QStringLiteral(", ")));
     }
     return out;
 }
 
 QJsonObject Decoding::json() const {
     QJsonArray candidates;
-    QJsonObject closest;
+    QJsonObject closest, anyText;
     for (const Reading& r : readings) {
+        if (r.alternative && linesOf(r).isEmpty() && found())
+            continue;
         for (const engine::Answer& a : r.result.answers) {
             QJsonObject c = a.json();
             c.insert(QStringLiteral("read"), r.label);
-            candidates << c;
+            if (!a.anyText)
+                candidates << c;
         }
+        if (const AnyText any = anyTextOf(r); !any.operations.isEmpty() && anyText.isEmpty())
+            anyText = {{QStringLiteral("read"), r.label},
+                       {QStringLiteral("devices"), QJsonArray::fromStringList(any.devices)},
+                       {QStringLiteral("operations"), QJsonArray::fromStringList(any.operations)}};
         if (r.result.closest && closest.isEmpty()) {
             closest = r.result.closest->json();
             closest.insert(QStringLiteral("read"), r.label);
         }
     }
     QJsonObject json{{QStringLiteral("read"), what}, {QStringLiteral("candidates"), candidates}};
-    if (candidates.isEmpty() && !closest.isEmpty())
+    if (!anyText.isEmpty())
+        json.insert(QStringLiteral("anyText"), anyText);
+    if (candidates.isEmpty() && anyText.isEmpty() && !closest.isEmpty())
         json.insert(QStringLiteral("closest"), closest);
     return json;
 }
 
-Decoded decodeInput(const QByteArray& input, const Family* device,
+Decoded decodeInput(const QByteArray& input, const Device* device, bool asText,
                     const std::function<void(const Decoding&)>& each) {
     if (input.trimmed().isEmpty())
         return refuse(QStringLiteral("nothing to decode"));
@@ -306,30 +360,38 @@ Decoded decodeInput(const QByteArray& input, const Family* device,
         return refuse(QStringLiteral("the input is binary data, not text: decode takes hex, a "
                                      "family's text, a trace line or records as dalctl prints "
                                      "them"));
-    Input in{{}, device, {}, {}, {}, {}};
+    Input in{{}, device, {}, {}, {}, {}, {}};
     for (QByteArray line : input.split('\n')) {
         if (line.endsWith('\r'))
             line.chop(1);
         in.lines << QString::fromUtf8(line);
     }
-    if (!readLines(in))
+    if (!asText && !readLines(in))
         return refuse(in.error);
     if (!in.records.isEmpty() && !in.stray.isEmpty())
         return refuse(in.stray);
     // Trace lines beside records are the records' own echo.
     QVector<Decoding> records = in.records.isEmpty() ? in.traces : in.records;
+    // What an operation returned is said beside its records, and is none.
+    for (int at : records.isEmpty() ? in.returned : QVector<int>())
+        records << Decoding{in.where(QStringLiteral("returned value"), at) +
+                                QStringLiteral(": what an operation returned, not a record"),
+                            {}};
     if (records.isEmpty()) {
         Decoding whole;
         QString error;
-        if (!readWhole(input, device, whole, error))
+        if (!readWhole(QString::fromUtf8(input), device, asText, whole, error))
             return refuse(error);
         records << whole;
     }
     // Everything has been read before anything is run.
     Decoded d;
     for (Decoding& record : records) {
-        for (Reading& r : record.readings)
-            r.result = engine::prove(r.target, r.families);
+        for (Reading& r : record.readings) {
+            r.result = engine::prove(r.target, r.devices);
+            if (r.result.answers.isEmpty() && r.orElse && r.orElse->parts != r.target.parts)
+                r.result = engine::prove(*r.orElse, r.devices);
+        }
         d.records << record;
         if (each)
             each(record);

@@ -8,14 +8,22 @@
 #include <QVector>
 
 #include <functional>
+#include <optional>
 
 // One way of reading a record (its 5-byte head, a record's 8-byte head, a frame, a text, a
 // printed record) and the operations proven to send it read that way.
 struct Reading {
+    Reading(const QString& label, const engine::Target& target, const QVector<Device>& devices,
+            const std::optional<engine::Target>& orElse = std::nullopt)
+        : label(label), target(target), devices(devices), orElse(orElse) {}
+
     QString label;
     engine::Target target;
-    QVector<const Family*> families; // searched
+    QVector<Device> devices; // searched
     engine::Result result;
+    std::optional<engine::Target> orElse; // read so where the target is not proven
+    bool alternative = false; // another way of reading what reads otherwise: said when it finds
+                              // what the others do not
 };
 
 // One record of the input: what it was read as, and its readings.
@@ -37,8 +45,9 @@ struct Decoded {
 // them, or as its --json lines (several allowed; trace lines beside them are their echoes and
 // are skipped); a printed head line with what follows it; trace lines of the generic send; or
 // else one native head and block, record head and block, frame or OSD frame in hex, or one
-// text that a family is sent. `device`, when given, is the family the records went to. Input
+// text that a family is sent; `asText`: the input is such a text, though it reads otherwise.
+// `device`, when given, is where the records went. Input
 // that cannot be read is refused before anything is run; then `each`, when given, is called
 // with each record's decoding as soon as it is made.
-Decoded decodeInput(const QByteArray& input, const Family* device,
+Decoded decodeInput(const QByteArray& input, const Device* device, bool asText = false,
                     const std::function<void(const Decoding&)>& each = {});

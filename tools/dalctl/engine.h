@@ -46,7 +46,7 @@ struct ByteName {
 
 // One proven answer: the call that queues the input, its record among the call's records.
 struct Answer {
-    const Family* family = nullptr;
+    Device device{nullptr, 0, {}}; // where it holds
     Call call;
     int record = 1;
     int records = 1;
@@ -56,8 +56,9 @@ struct Answer {
     QStringList modelPaths;  // the model members the record carries
     QStringList utilityRead; // the options of the utility's values the record carries
     QVector<ByteName> bytes;
+    bool anyText = false; // the record is a text the call copies, whatever the text
 
-    QString device() const;      // the --device word that runs the call
+    QString deviceWord() const;  // the --device word that runs the call
     QStringList options() const; // the dalctl options that set the utility values read
     QJsonObject model() const;   // the --model JSON of the members read
     QString text() const;        // "saveScene(timeout=3000, scene=5)"
@@ -71,10 +72,10 @@ private:
 // What came closest when nothing was proven.
 struct Closest {
     QString operation;
-    QString family;
+    QString device;     // as answers name it
     QString difference; // "which sends no block; 4 more bytes here"
 
-    QString text() const; // "closest: OPERATION on FAMILY, DIFFERENCE"
+    QString text() const; // "closest: OPERATION on DEVICE, DIFFERENCE"
     QJsonObject json() const;
 };
 
@@ -83,8 +84,8 @@ struct Result {
     std::optional<Closest> closest;
 };
 
-// Every operation, on each of the given families, that queues the target, with its values.
-Result prove(const Target& target, const QVector<const Family*>& families);
+// Every operation, on each of the given devices, that queues the target, with its values.
+Result prove(const Target& target, const QVector<Device>& devices);
 
 // The records `op` queues with its sample words on a family, each with the names of what
 // produced each byte of its head and block (as the reference page marks them).

@@ -12,11 +12,11 @@ namespace {
 
 using namespace detail;
 
-// A record's binary parts (head and block, or an OSD record's header and payload), whose bytes
-// are named.
-Target namedParts(const Outcome& o, int k) {
+// The binary parts (a head and a block, or an OSD record's header and payload) whose bytes are
+// named: those the input holds.
+Target binaryParts(const Parts& parts) {
     Target t;
-    for (const Part& p : o.parts(k, {}).value_or(Parts()))
+    for (const Part& p : parts)
         if (p.binary)
             t.parts << Part{p.name, true, QString()};
     return t;
@@ -161,18 +161,17 @@ QVector<Piece> withChecksumApart(const PartShape& ps) {
 }
 
 QVector<ByteName> nameBytes(const Call& call, const QVector<Variable>& variables, int k,
-                            const QStringList& names, const QStringList& values) {
+                            const Target& parts, const QStringList& names,
+                            const QStringList& values) {
     QVector<ByteName> named;
-    const Target parts = namedParts(runOf(call).outcome, k);
     const Shape shape = shapeOf(call, variables, k, parts);
-    if (shape.parts.size() < 2)
-        return named;
-    const QString block = shape.parts[1].part.value;
+    // A head's piece may be the length of the block beside it.
+    const QString block = shape.parts.size() > 1 ? shape.parts[1].part.value : QString();
     for (const PartShape& ps : shape.parts)
         for (const Piece& piece : withChecksumApart(ps)) {
             if (piece.from == piece.to)
                 continue;
-            const bool length = &ps == &shape.parts.first() &&
+            const bool length = &ps == &shape.parts.first() && shape.parts.size() > 1 &&
                                 isLength(call, variables, k, parts, ps, piece, block);
             const QString what = madeOf(ps, piece, length, variables, names);
             const bool constant = what == QLatin1String("constant");
@@ -228,9 +227,25 @@ void simplify(Call& call, const Target& target, int k, const Parts& now) {
     }
 }
 
-Answer answerOf(const Call& call, const Family& family, int k, const Target& target) {
+// Whether the target is a text alone that the call copies from one of its texts, whatever
+// that text is: any text at all is "sent" by such an operation.
+bool copiesAnyText(const Call& call, const QVector<Variable>& carried, int k,
+                   const Target& target) {
+    if (target.parts.size() != 1 || target.parts.first().binary)
+        return false;
+    const QStringList others{QStringLiteral("Zq"), QStringLiteral("\u00e9 q\n")};
+    return std::any_of(carried.begin(), carried.end(), [&](const Variable& v) {
+        return v.kind == Kind::Text &&
+               std::all_of(others.begin(), others.end(), [&](const QString& word) {
+                   const std::optional<Parts> parts = probe(call, v, word, k, target);
+                   return parts && parts->first().value == word;
+               });
+    });
+}
+
+Answer answerOf(const Call& call, const Device& device, int k, const Target& target) {
     Answer a;
-    a.family = &family;
+    a.device = device;
     a.call = call;
     a.record = k + 1;
     const Run run = runOf(a.call);
@@ -265,7 +280,8 @@ Answer answerOf(const Call& call, const Family& family, int k, const Target& tar
     for (int i = 0; i < op.arguments.size(); ++i)
         if (!argumentCarried[i])
             a.notCarried << op.arguments[i].name;
-    a.bytes = nameBytes(a.call, carriedValues, k, names, values);
+    a.bytes = nameBytes(a.call, carriedValues, k, binaryParts(target.parts), names, values);
+    a.anyText = copiesAnyText(a.call, carriedValues, k, target);
     return a;
 }
 
@@ -306,19 +322,12 @@ QString differenceOf(const Run& run, const Target& target, int k) {
                                      16))
                 .arg(at < have.size() ? QString::number(byteAt(have, at), 16)
                                       : QStringLiteral("none"));
-        return QStringLiteral("%1 differs from character %2: \"%3\" here, \"%4\" sent")
+        return QStringLiteral("%1 differs from character %2: %3 here, %4 sent")
             .arg(want.name)
             .arg(at)
-            .arg(want.value.mid(at, 12), have.mid(at, 12));
+            .arg(quote(want.value.mid(at, 12)), quote(have.mid(at, 12)));
     }
     return QString();
-}
-
-// A word as an answer shows it: quoted and escaped where it could read as more than one.
-QString shownWord(const QString& word) {
-    static const QRegularExpression plain(
-        QStringLiteral("\\A[^\\s\\x00-\\x1f\\x7f\"\\\\,()=;]+\\z"));
-    return plain.match(word).hasMatch() ? word : quote(word);
 }
 
 // A word as bash reads it back: as it is, between single quotes, or as $'...' with escapes
@@ -346,7 +355,7 @@ QString shellWord(const QString& word) {
 }
 
 bool sameAnswer(const Answer& a, const Answer& b) {
-    return a.call.op == b.call.op && a.family == b.family && a.record == b.record &&
+    return a.call.op == b.call.op && a.device.name() == b.device.name() && a.record == b.record &&
            a.values == b.values;
 }
 
@@ -402,16 +411,16 @@ QString Answer::text() const {
     return text;
 }
 
-QString Answer::device() const {
+QString Answer::deviceWord() const {
     // The keyboard's class sends its probes to other families: it is run as the keyboard.
+    const Family* family = device.family;
     if (call.op->className != family->className)
         return familiesOf(call.op->className).first()->name;
-    const int code = call.utility.deviceType;
-    return code == family->code || !family->routed() ? family->name : deviceCodeText(code);
+    return family->routed() ? deviceOfCode(call.utility.deviceType).word() : family->name;
 }
 
 QString Answer::replay() const {
-    QStringList words{QStringLiteral("dalctl"), QStringLiteral("--device"), device()};
+    QStringList words{QStringLiteral("dalctl"), QStringLiteral("--device"), deviceWord()};
     for (const QString& word : options())
         words << shellWord(word);
     if (!model().isEmpty())
@@ -423,12 +432,12 @@ QString Answer::replay() const {
 }
 
 QString Closest::text() const {
-    return QStringLiteral("closest: %1 on %2, %3").arg(operation, family, difference);
+    return QStringLiteral("closest: %1 on %2, %3").arg(operation, device, difference);
 }
 
 QJsonObject Closest::json() const {
     return {{QStringLiteral("operation"), operation},
-            {QStringLiteral("device"), family},
+            {QStringLiteral("device"), device},
             {QStringLiteral("difference"), difference}};
 }
 
@@ -440,7 +449,7 @@ QJsonObject Answer::json() const {
                              {QStringLiteral("to"), b.to},
                              {QStringLiteral("what"), b.what},
                              {QStringLiteral("value"), b.value}};
-    QJsonObject json{{QStringLiteral("device"), device()},
+    QJsonObject json{{QStringLiteral("device"), deviceWord()},
                      {QStringLiteral("deviceType"), deviceCodeText(call.utility.deviceType)},
                      {QStringLiteral("operation"), call.op->qualifiedName()},
                      {QStringLiteral("record"), record},
@@ -460,7 +469,7 @@ namespace {
 
 // Where no operation's record has the target's ends: the operation whose head it has, and
 // how the rest differs ("which sends no block; 4 more bytes here").
-std::optional<Closest> closestByHead(const Target& target, const QVector<const Family*>& families) {
+std::optional<Closest> closestByHead(const Target& target, const QVector<Device>& devices) {
     Target head;
     for (const Part& p : target.parts)
         if (commandBytesOf(p.name))
@@ -477,30 +486,30 @@ std::optional<Closest> closestByHead(const Target& target, const QVector<const F
     };
     std::optional<Closest> closest;
     long long best = -1;
-    for (const Family* family : families)
-        for (const Candidate& c : candidatesFor(head, *family)) {
+    for (const Device& device : devices)
+        for (const Candidate& c : candidatesFor(head, device)) {
             const Run run = runOf(c.start);
             const long long d = apart(run, c.record);
             if (best < 0 || d < best) {
                 best = d;
                 closest =
-                    Closest{c.op->qualifiedName(), family->name,
+                    Closest{c.op->qualifiedName(), device.name(),
                             QStringLiteral("head as sent, ") + differenceOf(run, target, c.record)};
             }
         }
     return closest;
 }
 
-Result proveAnew(const Target& target, const QVector<const Family*>& families) {
+Result proveAnew(const Target& target, const QVector<Device>& devices) {
     Result result;
     long long closest = -1;
     const Quiet quiet;
-    for (const Family* family : families)
-        for (const Candidate& c : candidatesFor(target, *family)) {
+    for (const Device& device : devices)
+        for (const Candidate& c : candidatesFor(target, device)) {
             Solver solver(c.start, target, c.record);
             if (solver.solve() &&
-                sentTo(runOf(solver.result()).outcome.deviceType(c.record), *family)) {
-                const Answer a = answerOf(solver.result(), *family, c.record, target);
+                sentTo(runOf(solver.result()).outcome.deviceType(c.record), *device.family)) {
+                const Answer a = answerOf(solver.result(), device, c.record, target);
                 if (std::none_of(result.answers.begin(), result.answers.end(),
                                  [&](const Answer& b) { return sameAnswer(a, b); }))
                     result.answers << a;
@@ -509,34 +518,34 @@ Result proveAnew(const Target& target, const QVector<const Family*>& families) {
             const long long d = solver.distanceNow();
             if (closest < 0 || d < closest) {
                 closest = d;
-                result.closest = Closest{c.op->qualifiedName(), family->name,
+                result.closest = Closest{c.op->qualifiedName(), device.name(),
                                          differenceOf(runOf(solver.result()), target, c.record)};
             }
         }
     if (!result.answers.isEmpty())
         result.closest.reset();
     else if (!result.closest)
-        result.closest = closestByHead(target, families);
+        result.closest = closestByHead(target, devices);
     return result;
 }
 
 } // namespace
 
-Result prove(const Target& target, const QVector<const Family*>& families) {
+Result prove(const Target& target, const QVector<Device>& devices) {
     // The same record read again (a log repeats itself, a printout and its JSON line say the
     // same) is proven once.
     static QHash<QString, Result> proven;
     QString key;
     for (const Part& p : target.parts)
         key += QLatin1Char('\x1f') + p.name + QLatin1Char('\x1e') + p.value;
-    for (const Family* family : families)
-        key += QLatin1Char('\x1d') + family->name;
+    for (const Device& device : devices)
+        key += QLatin1Char('\x1d') + device.name() + QString::number(device.code);
     const auto known = proven.constFind(key);
     if (known != proven.constEnd())
         return *known;
     if (proven.size() > 1024) // bounded, so that memory does not grow with the input
         proven.clear();
-    return proven[key] = proveAnew(target, families);
+    return proven[key] = proveAnew(target, devices);
 }
 
 QVector<SampleRecord> sampleRecords(const Operation& op, const Family& family) {
@@ -544,15 +553,19 @@ QVector<SampleRecord> sampleRecords(const Operation& op, const Family& family) {
     const Quiet quiet;
     const Call call = sampleCall(op, family.code);
     const Run run = runOf(call);
+    const Device device{&family, family.code, {}};
     for (int k = 0; run.ok && k < run.count(); ++k) {
         SampleRecord r;
         r.json = run.outcome.json(k);
-        Target parts = namedParts(run.outcome, k);
-        parts.parts = *run.parts(k, parts);
+        Target parts;
+        const Parts fields = run.outcome.parts(k, {}).value_or(Parts());
+        for (const Part& p : fields)
+            if (p.binary)
+                parts.parts << p;
         // Each byte's marks: what made it, as an answer names it ("constant" left unmarked).
         r.marks.resize(parts.parts[0].value.size());
         r.blockMarks.resize(parts.parts[1].value.size());
-        for (const ByteName& b : answerOf(call, family, k, parts).bytes) {
+        for (const ByteName& b : answerOf(call, device, k, parts).bytes) {
             QVector<QStringList>& marks = b.part == parts.parts[0].name ? r.marks : r.blockMarks;
             for (int at = b.from; at <= b.to && at < marks.size(); ++at)
                 if (b.what != QLatin1String("constant"))

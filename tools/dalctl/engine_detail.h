@@ -137,13 +137,13 @@ bool cut(const Shape& shape, const Parts& parts, QVector<QStringList>& pieces);
 // ---- which operations to try
 // ---------------------------------------------------------------------
 
-// An operation that may queue the target on a family, and the call to start from.
+// An operation that may queue the target on a device, and the call to start from.
 struct Candidate {
     const Operation* op;
     Call start;
     int record; // which of its records, from 0
 };
-QVector<Candidate> candidatesFor(const Target& target, const Family& family);
+QVector<Candidate> candidatesFor(const Target& target, const Device& device);
 // Whether a record with this device type went to the family (an OSD record has none).
 bool sentTo(std::optional<int> deviceType, const Family& family);
 

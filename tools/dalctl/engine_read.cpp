@@ -16,6 +16,7 @@ struct Captures {
     QByteArray bytes;           // of binary pieces, in order
     QVector<QByteArray> pieces; // each binary piece
     QStringList texts;          // of text pieces, in order
+    QStringList numbers;        // the numbers of each part's text pieces, joined by dots
     bool operator==(const Captures& o) const { return bytes == o.bytes && texts == o.texts; }
 };
 
@@ -23,21 +24,30 @@ bool reaches(const Piece& piece, int i, bool alone) {
     return alone ? piece.owners == QVector<int>{i} : piece.owners.contains(i);
 }
 
+QVector<double> numbersIn(const QString& text, bool decimals);
+
 Captures capturesOf(const Shape& shape, const QVector<QStringList>& cutParts, int i, bool alone) {
     Captures c;
-    for (int p = 0; p < shape.parts.size(); ++p)
+    for (int p = 0; p < shape.parts.size(); ++p) {
+        QStringList numbers;
         for (int j = 0; j < shape.parts[p].pieces.size(); ++j) {
             if (!reaches(shape.parts[p].pieces[j], i, alone))
                 continue;
+            // A block may hold a text (it prints as one), whose numbers are read as a text's.
             const QString& piece = cutParts[p][j];
-            if (shape.parts[p].part.binary) {
+            const Part& part = shape.parts[p].part;
+            if (!part.binary || printable(part.value)) {
+                c.texts << piece;
+                for (double n : numbersIn(piece, false))
+                    numbers << QString::number(n);
+            } else {
                 c.pieces << piece.toLatin1();
                 c.bytes += c.pieces.last();
             }
-            // A block may hold a text, and its numbers are read as a text's are.
-            if (!shape.parts[p].part.binary || (piece.size() > 1 && printable(piece)))
-                c.texts << piece;
         }
+        if (numbers.size() > 1)
+            c.numbers << numbers.join(QLatin1Char('.'));
+    }
     return c;
 }
 
@@ -210,20 +220,26 @@ private:
                 words << QString::fromUtf8(bytes.constData(), int(bytes.size()));
             }
         }
-        for (const QByteArray& piece : wanted.pieces)
-            for (const QByteArray& b : trimmings(piece)) {
+        for (const QByteArray& piece : wanted.pieces) {
+            const QVector<QByteArray> ways = trimmings(piece);
+            for (int way = 0; way < ways.size(); ++way) {
+                const QByteArray& b = ways[way];
                 // Sized, as Qt 5's overloads for a QByteArray stop at a NUL.
                 words << QString::fromUtf8(b.constData(), int(b.size()))
                       << QString::fromLatin1(b.constData(), int(b.size()))
                       << QString::fromLocal8Bit(b.constData(), int(b.size()));
-                // A colour, an address, a number written as text.
+                // A colour, a number written as text; an address, whose zeros are its own.
                 words << QLatin1Char('#') + QString::fromLatin1(b.toHex()).toUpper()
                       << QLatin1Char('#') + QString::fromLatin1(b.toHex());
                 QStringList octets;
                 for (char c : b)
                     octets << QString::number(static_cast<unsigned char>(c));
-                words << octets.join(QLatin1Char('.'));
+                if (way < 3)
+                    words << octets.join(QLatin1Char('.'));
             }
+        }
+        // An address, written out as its numbers.
+        words << wanted.numbers;
         for (int length : fillerLengths())
             words << QString(length, QLatin1Char('x'));
         return words;
@@ -317,13 +333,13 @@ private:
         const auto base = readingAt(QString::number(x0));
         if (!base)
             return std::nullopt;
-        // The digits: each byte, and each text piece's number.
+        // The digits: each byte, and each number of each text piece.
         auto digits = [](const Captures& c) {
             QVector<double> d;
             for (char b : c.bytes)
                 d << static_cast<unsigned char>(b);
             for (const QString& t : c.texts)
-                d << leadingNumber(t).value_or(std::nan(""));
+                d << numbersIn(t, true);
             return d;
         };
         const QVector<double> d0 = digits(*base), want = digits(wanted);

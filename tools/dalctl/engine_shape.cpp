@@ -28,10 +28,37 @@ QVector<Change> changesInPlace(const QString& a, const QString& b) {
     return found;
 }
 
+// Texts that differ only in their numbers differ number by number: "192,168,1,20" against
+// "211,211,2,11" in its four numbers, the commas between them kept.
+std::optional<QVector<Change>> changesInNumbers(const QString& a, const QString& b) {
+    static const QRegularExpression runs(QStringLiteral("\\d+|\\D+"));
+    QVector<QRegularExpressionMatch> x, y;
+    for (auto m = runs.globalMatch(a); m.hasNext();)
+        x << m.next();
+    for (auto m = runs.globalMatch(b); m.hasNext();)
+        y << m.next();
+    if (x.size() != y.size())
+        return std::nullopt;
+    QVector<Change> found;
+    for (int i = 0; i < x.size(); ++i) {
+        const bool digits = x[i].captured().front().isDigit();
+        if (digits != y[i].captured().front().isDigit() ||
+            (!digits && x[i].captured() != y[i].captured()))
+            return std::nullopt;
+        if (x[i].captured() != y[i].captured())
+            found << Change{int(x[i].capturedStart()), int(x[i].capturedEnd()),
+                            x[i].capturedLength() != y[i].capturedLength()};
+    }
+    return found;
+}
+
 QVector<Change> changes(const QString& a, const QString& b, bool bytes) {
     // Bytes of the same length are compared in place; a text may have moved within itself.
     if (bytes && a.size() == b.size())
         return changesInPlace(a, b);
+    if (!bytes)
+        if (const std::optional<QVector<Change>> inNumbers = changesInNumbers(a, b))
+            return *inNumbers;
     QVector<Change> found;
     int prefix = 0;
     while (prefix < a.size() && prefix < b.size() && a[prefix] == b[prefix])
@@ -184,10 +211,10 @@ void elementsOwnTheirBytes(const Call& call, const QVector<Variable>& variables,
 QVector<Piece> piecesOf(const Part& part, const Marks& m) {
     QVector<Piece> pieces;
     const int n = int(part.value.size());
-    // A text's numbers and words take any width; a binary value keeps its own unless a probe
-    // gave it another.
+    // A text's numbers and words take any width (a block may hold a text); a binary value keeps
+    // its own unless a probe gave it another.
     auto resizes = [&](int from, int to) {
-        bool any = !part.binary;
+        bool any = asText(part);
         for (int at = from; at < to; ++at)
             any = any || !m.resized[at].isEmpty();
         return any;

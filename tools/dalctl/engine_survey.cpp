@@ -100,6 +100,8 @@ const Models& changedModels(int step, Change change) {
             if (members::children(m, list).size() < 48)
                 members::resize(m, list, 48);
     }
+    // Its key in runs kept: what it was made from, not every change made.
+    m.changes = QStringLiteral("survey %1 %2\x1f").arg(step).arg(int(change));
     return all[key] = m;
 }
 
@@ -113,7 +115,7 @@ UtilityValues changedUtility(const UtilityValues& from, const QString& number,
     return u;
 }
 
-OperationSurvey survey(const Operation& op, const Family& family) {
+OperationSurvey survey(const Operation& op, int device) {
     OperationSurvey s;
     s.op = &op;
     QHash<QByteArray, int> branchOf;
@@ -156,9 +158,9 @@ OperationSurvey survey(const Operation& op, const Family& family) {
         c.utility = changedUtility(from.utility, numbers.first(), kDefaultAddress);
         add(c);
     };
-    add(sampleCall(op, family.code));
+    add(sampleCall(op, device));
     const bool sampleQueued = !s.runs.isEmpty();
-    varied(sampleCall(op, family.code));
+    varied(sampleCall(op, device));
     // A branch that another value reached has every value changed from there too, so that its
     // fixed ends are only what no value changes.
     const int reached = int(s.branches.size());
@@ -170,7 +172,7 @@ OperationSurvey survey(const Operation& op, const Family& family) {
     return s;
 }
 
-// ---- every family's operations
+// ---- every device's operations
 // --------------------------------------------------------------------
 
 struct Entry {
@@ -190,32 +192,55 @@ bool sameAsTranslated(const Operation& op, const Family& family) {
         return false;
     applyUtility(sampleCall(op, family.code).utility);
     for (int k = 0; k < here.outcome.records.size(); ++k)
-        if (recordJson(translated(here.outcome.records[k], family)) !=
-            recordJson(there.outcome.records[k]))
+        if (!sameFields(translated(here.outcome.records[k], family), there.outcome.records[k]))
             return false;
     return true;
 }
 
-const OperationSurvey& surveyOf(const Operation& op, const Family& family) {
-    static std::map<std::pair<QString, const Operation*>, OperationSurvey> surveys;
-    const auto key = std::make_pair(family.name, &op);
+const OperationSurvey& surveyOf(const Operation& op, int device) {
+    static std::map<std::pair<int, const Operation*>, OperationSurvey> surveys;
+    const auto key = std::make_pair(device, &op);
     auto it = surveys.find(key);
     if (it == surveys.end())
-        it = surveys.emplace(key, survey(op, family)).first;
+        it = surveys.emplace(key, survey(op, device)).first;
     return it->second;
 }
 
-const QVector<Entry>& entriesOf(const Family& family) {
+// Whether the operation's sample call queues other records on the device than on its family's
+// own code, besides their device types.
+bool differs(const Operation& op, const Device& device) {
+    const Outcome there = runOf(sampleCall(op, device.code)).outcome;
+    const Outcome here = runOf(sampleCall(op, device.family->code)).outcome;
+    if (there.records.size() != here.records.size())
+        return true;
+    for (int k = 0; k < there.records.size(); ++k)
+        if (!sameFields(there.records[k], here.records[k], {QStringLiteral("deviceType")}))
+            return true;
+    return false;
+}
+
+// The operations to try on a device: of a family's code, each operation's survey (on the
+// native family, translated, where that gives what the family is sent); of a code the library
+// treats apart, the operations whose records differ there surveyed there, and (but beside the
+// family's own code) the others as on the family's own code.
+const QVector<Entry>& entriesOf(const Device& device) {
     static QHash<QString, QVector<Entry>> entries;
-    QVector<Entry>& list = entries[family.name];
+    const Family& family = *device.family;
+    const bool apart = device.apart();
+    QVector<Entry>& list =
+        entries[apart ? deviceCodeText(device.code) + (device.beside ? "+" : "") : family.name];
     if (!list.isEmpty())
         return list;
     for (const Operation& op : operations()) {
         if (op.className != family.className || !explainable(op))
             continue;
-        const bool alike = family.routed() && sameAsTranslated(op, family);
-        list << (alike ? Entry{&surveyOf(op, families().first()), &family}
-                       : Entry{&surveyOf(op, family), nullptr});
+        const bool own = apart && differs(op, device);
+        if (own)
+            list << Entry{&surveyOf(op, device.code), nullptr};
+        else if (!device.beside && family.routed() && sameAsTranslated(op, family))
+            list << Entry{&surveyOf(op, family::native), &family};
+        else if (!device.beside)
+            list << Entry{&surveyOf(op, family.code), nullptr};
     }
     return list;
 }
@@ -323,34 +348,27 @@ bool endsMatch(const Entry& entry, int branch, int k, const Family& family, cons
     return true;
 }
 
-// The device a target's record went to: the code it carries, if it is the family's, else the
-// family's own.
-int deviceOf(const Target& target, const Family& family) {
-    for (const Part& p : target.parts)
-        if (p.name == QLatin1String("deviceType") && family.codes.contains(p.value.toInt()))
-            return p.value.toInt();
-    return family.code;
-}
-
 } // namespace
 
 // Whether a record's device type says it went to the family; a record that names no family
-// (the device search's first probes) counts as the native family's.
+// (the device search's first probes) counts as the native family's. The keyboard's records go
+// wherever its operations send them, and the OSD box's name no device.
 bool sentTo(std::optional<int> deviceType, const Family& family) {
-    if (!deviceType)
+    if (!deviceType || !family.routed())
         return true;
     const Family* own = familyOfCode(*deviceType);
     return own ? own == &family : &family == &families().first();
 }
 
-QVector<Candidate> candidatesFor(const Target& target, const Family& family) {
+QVector<Candidate> candidatesFor(const Target& target, const Device& device) {
     QVector<Candidate> found;
     const Quiet quiet;
+    const Family& family = *device.family;
     // The keyboard's class also sends the device search's probes to the processor families.
-    QVector<Entry> entries = entriesOf(family);
-    if (family.routed())
+    QVector<Entry> entries = entriesOf(device);
+    if (family.routed() && !device.beside)
         for (const Family* f : familiesOf(QStringLiteral("Dal_Pommet")))
-            entries += entriesOf(*f);
+            entries += entriesOf(Device{f, f->code, {}});
     for (const Entry& entry : entries) {
         const OperationSurvey& s = *entry.survey;
         for (int b = 0; b < s.branches.size(); ++b) {
@@ -375,7 +393,7 @@ QVector<Candidate> candidatesFor(const Target& target, const Family& family) {
                 }
                 Call start = s.runs[closest].call;
                 if (family.routed() && s.op->className == family.className)
-                    start.utility.deviceType = deviceOf(target, family);
+                    start.utility.deviceType = device.code;
                 found << Candidate{s.op, start, k};
             }
         }

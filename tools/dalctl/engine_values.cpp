@@ -227,8 +227,8 @@ QVector<Variable> modelMembers(const Call& call, const Target& target) {
 
 Run runOf(const Call& call) {
     // Bounded, so that memory does not grow with the input.
-    static QHash<QString, Run> kept;
-    const QString key = call.key();
+    static QHash<Call::Key, Run> kept;
+    const Call::Key key = call.key();
     const auto known = kept.constFind(key);
     if (known != kept.constEnd())
         return *known;
@@ -318,9 +318,19 @@ QStringList probesOf(const Call& call, const Variable& v) {
         QString other = now;
         for (QChar& c : other)
             c = c == QLatin1Char('Z') ? QLatin1Char('Y') : QLatin1Char('Z');
+        // Every digit changed, so that a number or an address read out of the text moves in
+        // each of its parts.
+        QString digits = now;
+        for (QChar& c : digits)
+            if (c.isDigit())
+                c = c == QLatin1Char('1') ? QLatin1Char('2') : QLatin1Char('1');
         // Long enough to fill a padded field to its end; and a colour, read as bytes.
-        return {other.isEmpty() ? QStringLiteral("q") : other, now + QStringLiteral("Zq"),
-                now + QStringLiteral("Zq").repeated(16), QStringLiteral("#5a3c7e")};
+        QStringList probes{other.isEmpty() ? QStringLiteral("q") : other,
+                           now + QStringLiteral("Zq"), now + QStringLiteral("Zq").repeated(16),
+                           QStringLiteral("#5a3c7e")};
+        if (digits != now)
+            probes << digits;
+        return probes;
     }
     case Kind::Bytes: {
         QByteArray other = QByteArray::fromHex(now.toLatin1());

@@ -71,7 +71,7 @@ bool parseTrace(Cursor c, TracedRecord& traced) {
 class Annotations {
 public:
     // The note for a trace line, by what follows its label; empty for a garbled one.
-    const QByteArray& of(const QByteArray& traceLine, const Family* device, bool json) {
+    const QByteArray& of(const QByteArray& traceLine, const Device* device, bool json) {
         QHash<QByteArray, QByteArray>& cache = caches[{device, json}];
         const auto it = cache.constFind(traceLine); // looked up in place, copied when kept
         if (it != cache.constEnd())
@@ -92,9 +92,10 @@ public:
 private:
     static constexpr int kLimit = 4096;
 
-    static QByteArray build(const TracedRecord& traced, const Family* device, bool json) {
-        const QVector<const Family*> searched =
-            familiesWhere([&](const Family& f) { return f.routed() && (!device || &f == device); });
+    static QByteArray build(const TracedRecord& traced, const Device* device, bool json) {
+        const QVector<Device> searched =
+            device ? QVector<Device>{*device}
+                   : devicesWhere([](const Family& f) { return f.routed(); });
         const engine::Result result =
             engine::prove(engine::traceLine(traced.head, traced.block, traced.text), searched);
         if (json) {
@@ -115,11 +116,11 @@ private:
         for (const engine::Answer& a : result.answers) {
             const int at = int(seen.indexOf(a.text()));
             if (at >= 0) {
-                where[at] << a.family->name;
+                where[at] << a.device.name();
                 continue;
             }
             seen << a.text();
-            where << QStringList{a.family->name};
+            where << QStringList{a.device.name()};
         }
         for (int i = 0; i < seen.size(); ++i)
             texts << (device ? seen[i] : seen[i] + QStringLiteral(" [") + where[i].join(' ') + ']');
@@ -131,7 +132,7 @@ private:
         return "no operation sends " + head + "; " + result.closest->text().toUtf8();
     }
 
-    std::map<std::pair<const Family*, bool>, QHash<QByteArray, QByteArray>> caches;
+    std::map<std::pair<const Device*, bool>, QHash<QByteArray, QByteArray>> caches;
 };
 
 } // namespace
@@ -150,7 +151,7 @@ namespace {
 
 // Writes one line as explain writes it, in pieces, through `put`.
 template <class Put>
-void annotate(const char* line, int size, const Family* device, bool json, long long number,
+void annotate(const char* line, int size, const Device* device, bool json, long long number,
               Put&& put) {
     static Annotations annotations;
     int body = size;
@@ -185,14 +186,14 @@ void annotate(const char* line, int size, const Family* device, bool json, long 
 
 } // namespace
 
-QByteArray explainLine(const QByteArray& line, const Family* device, bool json, long long number) {
+QByteArray explainLine(const QByteArray& line, const Device* device, bool json, long long number) {
     QByteArray written;
     annotate(line.constData(), line.size(), device, json, number,
              [&](const char* bytes, int size) { written.append(bytes, size); });
     return written;
 }
 
-bool explainStream(int in, std::FILE* out, const Family* device, bool json) {
+bool explainStream(int in, std::FILE* out, const Device* device, bool json) {
     constexpr int kChunk = 1 << 16;
     std::vector<char> chunk(kChunk);
     QByteArray buffer; // the unfinished line, then the chunk read after it

@@ -20,11 +20,11 @@ TracedRecord readTraceLine(const QByteArray& line);
 
 // One line as explain writes it: a trace line with the operations proven to queue it, any other
 // line as it came; in JSON, one object per trace line and nothing for other lines. The line's
-// ending, if any, is kept. `device` null: every family is searched. Answers are kept per
+// ending, if any, is kept. `device` null: every device is searched. Answers are kept per
 // distinct trace line, so calls are not thread-safe.
-QByteArray explainLine(const QByteArray& line, const Family* device, bool json,
+QByteArray explainLine(const QByteArray& line, const Device* device, bool json,
                        long long number = 0);
 // Annotates a log read from the descriptor `in`, line by line, writing each line as soon as it
 // is read, so that a pipe from `tail -F` is followed as it grows. Returns false on a read
 // error.
-bool explainStream(int in, std::FILE* out, const Family* device, bool json);
+bool explainStream(int in, std::FILE* out, const Device* device, bool json);

@@ -55,35 +55,94 @@ const Family* familyOfCode(int deviceType) {
     return nullptr;
 }
 
-namespace {
-
-// A device-type code written in decimal or 0x-hex; 0 for anything else.
-int codeIn(const QString& text) {
-    bool ok = false;
-    const qlonglong code = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
-                               ? text.mid(2).toLongLong(&ok, 16)
-                               : text.toLongLong(&ok, 10);
-    return ok && code > 0 && code <= 0x7FFFFFFF ? int(code) : 0;
-}
-
-} // namespace
-
-const Family* familyOf(const QString& nameOrCode) {
+const Family* familyOf(const QString& name) {
     for (const Family& f : families())
-        if (nameOrCode.compare(f.name, Qt::CaseInsensitive) == 0)
+        if (name.compare(f.name, Qt::CaseInsensitive) == 0)
             return &f;
-    const int code = codeIn(nameOrCode);
-    return code ? familyOfCode(code) : nullptr;
-}
-
-int deviceCodeOf(const Family& family, const QString& nameOrCode) {
-    const int code = codeIn(nameOrCode);
-    return code ? code : family.code;
+    return nullptr;
 }
 
 QString familyName(int deviceType) {
     const Family* f = familyOfCode(deviceType);
     return f ? f->name : QStringLiteral("unknown");
+}
+
+namespace {
+
+// The traits of a code that the library reads off the utility's device type.
+unsigned deviceTraits(int code) {
+    unsigned traits = 0;
+    for (const device::TraitText& t : device::kTraits)
+        if (t.input == device::Input::DeviceType && device::has(code, t.trait))
+            traits |= t.trait;
+    return traits;
+}
+
+} // namespace
+
+bool Device::apart() const { return deviceTraits(code) != deviceTraits(family->code); }
+
+QString Device::name() const {
+    if (family->codes.contains(code))
+        return family->name;
+    QStringList codes{deviceCodeText(code)};
+    for (int other : alike)
+        codes << deviceCodeText(other);
+    return codes.join(QLatin1Char(' '));
+}
+
+QString Device::word() const { return code == family->code ? family->name : deviceCodeText(code); }
+
+Device deviceOfCode(int code) {
+    const Family* own = familyOfCode(code);
+    return {own ? own : &families().first(), code, {}};
+}
+
+std::optional<Device> deviceNamed(const QString& word) {
+    if (const Family* f = familyOf(word))
+        return Device{f, f->code, {}};
+    if (word == QLatin1String("unknown"))
+        return deviceOfCode(0);
+    bool ok = false;
+    const qulonglong code = word.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)
+                                ? word.mid(2).toULongLong(&ok, 16)
+                                : word.toULongLong(&ok, 10);
+    return ok && code <= 0xFFFFFFFF ? std::optional<Device>(deviceOfCode(int(uint(code))))
+                                    : std::nullopt;
+}
+
+QVector<Device> devicesWhere(const std::function<bool(const Family&)>& keep) {
+    QVector<Device> found;
+    for (const Family* f : familiesWhere(keep))
+        found << Device{f, f->code, {}};
+    // The codes a kept family's routing serves apart from its own code, one run per way.
+    for (const device::Row& row : device::kRows) {
+        const Device d = deviceOfCode(row.code);
+        if (!keep(*d.family) || !d.apart())
+            continue;
+        const auto same = std::find_if(found.begin(), found.end(), [&](const Device& o) {
+            return o.family == d.family && deviceTraits(o.code) == deviceTraits(d.code);
+        });
+        if (same != found.end()) {
+            same->alike << d.code;
+        } else {
+            found << d;
+            found.last().beside = true;
+        }
+    }
+    return found;
+}
+
+QString describeCode(int code) {
+    if (familyOfCode(code))
+        return QString();
+    QStringList with;
+    for (const device::TraitText& t : device::kTraits)
+        if (device::has(code, t.trait))
+            with << QLatin1String(t.what);
+    return QStringLiteral("%1: no family's code; native records").arg(deviceCodeText(code)) +
+           (with.isEmpty() ? QString()
+                           : QStringLiteral(", with ") + with.join(QStringLiteral(", and with ")));
 }
 
 QString deviceCodeText(int code) {
@@ -103,6 +162,12 @@ QString quote(const QString& text) {
     quoted.reserve(text.size() + 2);
     dal::writeQuoted(text, [&](auto c) { quoted += QChar(c); });
     return quoted;
+}
+
+QString shownWord(const QString& word) {
+    static const QRegularExpression plain(
+        QStringLiteral("\\A[^\\s\\x00-\\x1f\\x7f\"\\\\,()=;]+\\z"));
+    return plain.match(word).hasMatch() ? word : quote(word);
 }
 
 bool unquote(const QString& quoted, QString& text) {
@@ -445,11 +510,16 @@ Part partOf(const Field<Rec>& f, const Rec& rec) {
                                          : QString::number(v.toLongLong())};
 }
 
+// A field by its part name, looked up in a table built once: decode asks this for every run.
 template <class Rec>
 const Field<Rec>* fieldNamed(const QVector<Field<Rec>>& fields, const QString& part) {
-    const auto f = std::find_if(fields.begin(), fields.end(),
-                                [&](const Field<Rec>& f) { return part == QLatin1String(f.part); });
-    return f == fields.end() ? nullptr : &*f;
+    static const QHash<QString, const Field<Rec>*> byPart = [&] {
+        QHash<QString, const Field<Rec>*> all;
+        for (const Field<Rec>& f : fields)
+            all.insert(QLatin1String(f.part), &f);
+        return all;
+    }();
+    return byPart.value(part);
 }
 
 template <class Rec>
@@ -487,6 +557,28 @@ std::optional<Parts> partsOf(const model_Protocoldata& rec, const Parts& shape) 
 
 std::optional<Parts> partsOf(const model_OsdParam& rec, const Parts& shape) {
     return partsIn(osdFields(), rec, shape);
+}
+
+std::optional<Parts> partsOf(const Parts& fields, const Parts& shape) {
+    Parts parts;
+    for (const Part& wanted : shape) {
+        const bool command = wanted.name == QLatin1String("command");
+        const auto f = std::find_if(fields.begin(), fields.end(), [&](const Part& f) {
+            return f.name == (command ? QStringLiteral("head") : wanted.name);
+        });
+        if (f == fields.end())
+            return std::nullopt;
+        parts << (command ? bytesPart("command", f->value.mid(kCommandAt, kCommandSize).toLatin1())
+                          : *f);
+    }
+    return parts;
+}
+
+bool sameFields(const model_Protocoldata& a, const model_Protocoldata& b,
+                const QStringList& ignoring) {
+    return std::all_of(recordFields().begin(), recordFields().end(), [&](const auto& f) {
+        return ignoring.contains(QLatin1String(f.part)) || f.get(a) == f.get(b);
+    });
 }
 
 bool comparedByEnds(const QString& part) {
@@ -618,7 +710,15 @@ bool readPrinted(const QRegularExpressionMatch& first, const QStringList& lines,
                               what + QStringLiteral(" is garbled in its %1 text").arg(f.label));
             f.set(rec, text);
         } else if (f.kind == Field<Rec>::Head) {
-            f.set(rec, QByteArray::fromHex(m.captured(1).remove(QLatin1Char(' ')).toLatin1()));
+            read.head = QByteArray::fromHex(m.captured(1).remove(QLatin1Char(' ')).toLatin1());
+            const int size = int(f.get(Rec()).toByteArray().size());
+            if (first.hasMatch() && read.head.size() != size)
+                return failed(error, what + QStringLiteral(" is cut: its %1 line holds %2 bytes, "
+                                                           "not %3")
+                                                .arg(f.label)
+                                                .arg(read.head.size())
+                                                .arg(size));
+            f.set(rec, read.head);
         } else {
             if (!isHexPairs(m.captured(2)))
                 return failed(

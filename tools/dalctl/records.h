@@ -12,7 +12,7 @@
 #include <optional>
 #include <variant>
 
-// ---- device families, as the library's list names them -----------------------------------------
+// ---- device families and devices, as the library's lists name them ----------------------------
 
 // What a family's records carry: the native head and block, a dialect text, VM6S frames, or
 // the OSD box's frames.
@@ -29,6 +29,22 @@ struct Family {
     bool routed() const { return className == QLatin1String("DalTarsel"); }
 };
 
+// A device dalctl runs operations on, or searches records of: one of a family's codes, or a code
+// of no family, whose records are the native family's.
+struct Device {
+    const Family* family; // whose routing its records get: the native family for a code of none
+    int code;
+    QVector<int> alike;  // further codes whose records are the same, searched with it
+    bool beside = false; // searched beside its family's own code: only where its records differ
+
+    // Whether the library treats the code apart from its family's own code by what it compares
+    // with the utility's device type, so that its records are searched apart.
+    bool apart() const;
+    QString name() const; // as answers name it: the family, for a code of its own, else the codes
+    QString word() const; // the --device word that runs it
+    bool ofFamily() const { return code == family->code || family->codes.contains(code); }
+};
+
 // Every family, in the list's order.
 const QVector<Family>& families();
 QStringList familyNames();
@@ -36,17 +52,24 @@ QStringList familyNames();
 QVector<const Family*> familiesWhere(const std::function<bool(const Family&)>& keep);
 // The families whose records `className` queues.
 QVector<const Family*> familiesOf(const QString& className);
-// The family of a name (any case) or a device-type code in decimal or 0x-hex; null when there
-// is none.
-const Family* familyOf(const QString& nameOrCode);
-// The device type a --device word names for its family: the code it gives, else the family's.
-int deviceCodeOf(const Family& family, const QString& nameOrCode);
+// The family of a name, in any case; null when there is none.
+const Family* familyOf(const QString& name);
 // The family whose records carry `deviceType`; null for a code no family has.
 const Family* familyOfCode(int deviceType);
 // The family name of a record's device type, "unknown" for a code no family has.
 QString familyName(int deviceType);
 // A device-type code as dalctl prints it: "0x250400".
 QString deviceCodeText(int deviceType);
+// The device a --device word names: a family (its own code), "unknown" (a code of no family,
+// 0x000000), or any 32-bit code in decimal or 0x-hex; nothing for another word.
+std::optional<Device> deviceNamed(const QString& word);
+Device deviceOfCode(int code);
+// The devices a record may have gone to, for the families `keep` keeps: each family's own code,
+// then each run of codes the library treats apart from it.
+QVector<Device> devicesWhere(const std::function<bool(const Family&)>& keep);
+// What the library does with a code no family has ("0x240000: no family's code; native records,
+// with the layers' container indexes sent (setLayerContainerIndex)"); empty for a family's code.
+QString describeCode(int code);
 
 // Whether `text` is hex digit pairs and nothing else.
 bool isHexPairs(const QString& text);
@@ -54,6 +77,9 @@ bool isHexPairs(const QString& text);
 // false when `quoted` is not such a text.
 QString quote(const QString& text);
 bool unquote(const QString& quoted, QString& text);
+// A word as dalctl shows it among others: as it stands, or quoted and escaped where it could
+// read as more than one word, or where it holds a character no line should.
+QString shownWord(const QString& word);
 
 // ---- records: each field described once, for the printout, the JSON line, their readers and
 // ---- the parts decode compares ------------------------------------------------------------------
@@ -91,6 +117,11 @@ Parts fieldParts(const AnyRecord& rec);
 // nothing when the record has one of them not.
 std::optional<Parts> partsOf(const model_Protocoldata& rec, const Parts& shape);
 std::optional<Parts> partsOf(const model_OsdParam& rec, const Parts& shape);
+// The parts `shape` names, out of a record's every field.
+std::optional<Parts> partsOf(const Parts& fields, const Parts& shape);
+// Whether two records' fields are the same, but for those named (by part).
+bool sameFields(const model_Protocoldata& a, const model_Protocoldata& b,
+                const QStringList& ignoring = {});
 // Whether a part is compared by its ends (a text or bytes), rather than whole (a number).
 bool comparedByEnds(const QString& part);
 // Where a head part holds its command (CMD and DAT1, or the OSD marker and command), and how many
@@ -122,6 +153,7 @@ struct PrintedRecord {
     bool deviceKnown = false; // its first line, with the device type, was there
     AnyRecord rec;
     QStringList parts; // the parts the printout holds
+    QByteArray head;   // the bytes of its head line, as many as it holds
 };
 // Whether a line starts a printed record: "record N: ...", "OSD record N: ..." or a head line.
 bool isRecordStart(const QString& line);

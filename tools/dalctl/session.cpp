@@ -151,18 +151,14 @@ QJsonObject Outcome::json(int k) const {
     return k < records.size() ? recordJson(records[k]) : recordJson(osdRecords[k - records.size()]);
 }
 
-QString Call::key() const {
-    QString key = QString::number(quintptr(op), 16);
-    for (const QString& word : words)
-        key += QLatin1Char('\x1f') + word;
-    key += QStringLiteral("\x1e%1 %2 %3 %4 ")
-               .arg(utility.deviceType)
-               .arg(utility.subType)
-               .arg(utility.connectType)
-               .arg(utility.toneFlag);
-    for (const QString* text : {&utility.toneVersion, &utility.localIp, &utility.userId})
-        key += *text + QLatin1Char('\x1f');
-    return key + QLatin1Char('\x1e') + models.changes;
+decltype(qHash(0)) qHash(const Call::Key& key, decltype(qHash(0)) seed) {
+    const UtilityValues& u = key.utility;
+    auto hash = qHash(key.op, seed);
+    for (const auto part : {qHash(key.words), qHash(key.changes), qHash(u.deviceType),
+                            qHash(u.subType), qHash(u.connectType), qHash(u.toneFlag),
+                            qHash(u.toneVersion), qHash(u.localIp), qHash(u.userId)})
+        hash = hash * 31 + part;
+    return hash;
 }
 
 Call sampleCall(const Operation& op, int deviceType) {

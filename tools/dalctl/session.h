@@ -7,6 +7,7 @@
 #include "records.h"
 #include "registry.h"
 
+#include <QHash>
 #include <QJsonObject>
 #include <QLoggingCategory>
 #include <QString>
@@ -31,6 +32,12 @@ struct UtilityValues {
     QString toneVersion; // keyboard firmware; empty compares below "1.02"
     QString localIp;
     QString userId;
+
+    bool operator==(const UtilityValues& o) const {
+        return deviceType == o.deviceType && subType == o.subType && connectType == o.connectType &&
+               toneFlag == o.toneFlag && toneVersion == o.toneVersion && localIp == o.localIp &&
+               userId == o.userId;
+    }
 };
 
 // Each utility value but the device type, with the dalctl option that sets it: the options,
@@ -75,8 +82,20 @@ struct Call {
     UtilityValues utility;
 
     // What tells this call from another: calls with equal keys queue the same.
-    QString key() const;
+    struct Key {
+        const Operation* op;
+        QStringList words;
+        UtilityValues utility;
+        QString changes; // the models', since the built-in ones
+
+        bool operator==(const Key& o) const {
+            return op == o.op && words == o.words && utility == o.utility && changes == o.changes;
+        }
+    };
+    Key key() const { return {op, words, utility, models.changes}; }
 };
+// uint in Qt 5, size_t in Qt 6
+decltype(qHash(0)) qHash(const Call::Key& key, decltype(qHash(0)) seed = 0);
 
 // An operation's sample call on a device of `deviceType`: its sample words, the built-in models.
 Call sampleCall(const Operation& op, int deviceType);
