@@ -25,71 +25,57 @@ namespace {
     }
 #define M(name) f(#name, m.name);
 
+// clang-format off
 MEMBERS(_Region, M(x) M(y) M(width) M(height))
 MEMBERS(_LayerParam_Desktop, M(regionA) M(regionB) M(layerParam8) M(layerParam9) M(layerParam10)
-                                 M(alpha) M(order) M(containerIndex) M(spare) M(locked) M(groupNum)
-                                     M(extraByte0) M(extraByte1) M(extraByte2))
+        M(alpha) M(order) M(containerIndex) M(spare) M(locked) M(groupNum) M(extraByte0)
+        M(extraByte1) M(extraByte2))
 MEMBERS(_Scene_Layer, M(layerList) M(bankValues) M(backgroundIndex))
-MEMBERS(_ContainerParam_Destktop,
-        M(containerParam0) M(containerParam1) M(containerParam2) M(containerParam3)
-            M(containerParam4) M(containerParam5) M(containerParam6) M(containerParam7)
-                M(containerParam8) M(containerParam9) M(containerMode) M(containerParam11)
-                    M(containerParam12))
+MEMBERS(_ContainerParam_Destktop, M(containerParam0) M(containerParam1) M(containerParam2)
+        M(containerParam3) M(containerParam4) M(containerParam5) M(containerParam6)
+        M(containerParam7) M(containerParam8) M(containerParam9) M(containerMode)
+        M(containerParam11) M(containerParam12))
 MEMBERS(_Take_Desktop, M(alphaTime) M(takeValue0) M(blackValue) M(takeValue1) M(takeValue2))
 MEMBERS(_OutProperty, M(unread0to22) M(outProp23) M(outProp24) M(outProp25) M(outProp26)
-                          M(outProp27) M(outProp28) M(outProp29))
+        M(outProp27) M(outProp28) M(outProp29))
 MEMBERS(_InProperty_4K_60, M(member))
 MEMBERS(_InPropertyCrop_4K_60, M(member))
-MEMBERS(_OutPortParam_Desktop, M(portParam0) M(portParam1) M(portParam2) M(portParam3) M(portParam4)
-                                   M(portParam5) M(portParam6) M(portRotation))
+MEMBERS(_OutPortParam_Desktop, M(portParam0) M(portParam1) M(portParam2) M(portParam3)
+        M(portParam4) M(portParam5) M(portParam6) M(portRotation))
 MEMBERS(_LcdBorderSetting, M(border0) M(border1) M(border2) M(border3))
 MEMBERS(_DSKInfo, M(member))
 MEMBERS(_DeInfo, M(deSwitch) M(deX) M(deY) M(deWidth) M(deHeight) M(deOutputMode) M(deOutputSignal)
-                     M(deDataRange) M(deColorSpace) M(dePolarity1) M(dePolarity2))
+        M(deDataRange) M(deColorSpace) M(dePolarity1) M(dePolarity2))
 MEMBERS(_HotBackData, M(source) M(backupSource) M(enabled))
 MEMBERS(_KeyParam, M(bytes))
-MEMBERS(
-    ModelTarsel,
-    M(timeout) M(maxOutputCount) M(maxSourceCount) M(maxOutPutBoardCount) M(maxLayerCount)
-        M(maxInputBoardCount) M(maxContainerCount) M(deviceState) M(recallDelaySwitch) M(
-            recallDelayTime) M(fanMode) M(fanSpeed) M(powerOnDelay) M(logoDisplayMode)
-            M(operationMode) M(operationAuxMode) M(operationModeParam) M(h264InputWorkModes) M(
-                outHTotal) M(outVTotal) M(outHSize) M(outVSize) M(outHPos) M(outVPos) M(outPolarity)
-                M(outSyncWidth) M(outColorSpace) M(twoSplitMode) M(usbFileIndex) M(usbPlayTime) M(
-                    usbPlayType) M(usbPicPlayTotalTime)
-                    M(usbPlayMode) M(usbPlayState) M(usbBankInput) M(usbBankIndex) M(
-                        usbBankFileIndex) M(byPassModes)
-                        M(input3DStates) M(clockItem) M(
-                            clockValue1) M(clockValue2) M(clockValue3) M(osdScrollSwitch)
-                            M(osdScrollSpeed) M(previewSwitch) M(previewRed) M(previewGreen) M(
-                                previewBlue) M(previewX) M(previewY) M(dns) M(maskIP) M(ip)
-                                M(gateWayIP) M(dhcpSwitch) M(inProperty4K60) M(dskInfoList) M(
-                                    layerDskInfos) M(outPortParams) M(containerParams) M(lcdBorders)
-                                    M(deInfos) M(testPatternModes) M(testPatternColor1) M(
-                                        testPatternColor2) M(testPatternColor3) M(outputBrightness)
-                                        M(allOutputsBrightness)
-                                            M(output3DStates) M(previewPorts) M(userSettingByte0) M(
-                                                userSettingByte1) M(userSettingValue0)
-                                                M(userSettingValue1) M(loopToSignal) M(
-                                                    streamInputIp) M(streamInputMask)
-                                                    M(streamInputGateway) M(streamInputPort) M(
-                                                        h264DisplayPic) M(hotBackups)
-                                                        M(viClipLeft) M(viClipTop) M(viClipRight) M(
-                                                            viClipBottom) M(viBright)
-                                                            M(viContrast) M(viHue) M(viSat)
-                                                                M(decoderFrame)
-                                                                    M(decoderCard) M(decoderSub)
-                                                                        M(decoderIp)
-                                                                            M(decoderGateway)
-                                                                                M(decoderMask)
-                                                                                    M(decoderDns1))
+MEMBERS(ModelTarsel, M(timeout) M(maxOutputCount) M(maxSourceCount) M(maxOutPutBoardCount)
+        M(maxLayerCount) M(maxInputBoardCount) M(maxContainerCount) M(deviceState)
+        M(recallDelaySwitch) M(recallDelayTime) M(fanMode) M(fanSpeed) M(powerOnDelay)
+        M(logoDisplayMode) M(operationMode) M(operationAuxMode) M(operationModeParam)
+        M(h264InputWorkModes) M(outHTotal) M(outVTotal) M(outHSize) M(outVSize) M(outHPos)
+        M(outVPos) M(outPolarity) M(outSyncWidth) M(outColorSpace) M(twoSplitMode) M(usbFileIndex)
+        M(usbPlayTime) M(usbPlayType) M(usbPicPlayTotalTime) M(usbPlayMode) M(usbPlayState)
+        M(usbBankInput) M(usbBankIndex) M(usbBankFileIndex) M(byPassModes) M(input3DStates)
+        M(clockItem) M(clockValue1) M(clockValue2) M(clockValue3) M(osdScrollSwitch)
+        M(osdScrollSpeed) M(previewSwitch) M(previewRed) M(previewGreen) M(previewBlue) M(previewX)
+        M(previewY) M(dns) M(maskIP) M(ip) M(gateWayIP) M(dhcpSwitch) M(inProperty4K60)
+        M(dskInfoList) M(layerDskInfos) M(outPortParams) M(containerParams) M(lcdBorders)
+        M(deInfos) M(testPatternModes) M(testPatternColor1) M(testPatternColor2)
+        M(testPatternColor3) M(outputBrightness) M(allOutputsBrightness) M(output3DStates)
+        M(previewPorts) M(userSettingByte0) M(userSettingByte1) M(userSettingValue0)
+        M(userSettingValue1) M(loopToSignal) M(streamInputIp) M(streamInputMask)
+        M(streamInputGateway) M(streamInputPort) M(h264DisplayPic) M(hotBackups) M(viClipLeft)
+        M(viClipTop) M(viClipRight) M(viClipBottom) M(viBright) M(viContrast) M(viHue) M(viSat)
+        M(decoderFrame) M(decoderCard) M(decoderSub) M(decoderIp) M(decoderGateway) M(decoderMask)
+        M(decoderDns1))
 MEMBERS(ModelScene, M(deviceType) M(sceneList) M(outProperties) M(takes) M(inPropertyCrops4K60)
-                        M(timeout) M(blackSwitch) M(takeSwitch) M(outAlphaTime) M(maxLayerCount)
-                            M(maxBankCount) M(maxContainerCount))
+        M(timeout) M(blackSwitch) M(takeSwitch) M(outAlphaTime) M(maxLayerCount) M(maxBankCount)
+        M(maxContainerCount))
 MEMBERS(ModelBankPlayer, M(timeout) M(year) M(month) M(day) M(weekday) M(hours) M(minutes)
-                             M(seconds) M(clockSwitch) M(autoLoopTimes) M(loopTimings) M(loopTimes))
+        M(seconds) M(clockSwitch) M(autoLoopTimes) M(loopTimings) M(loopTimes))
 MEMBERS(Model_PommetParam, M(waitTime) M(lockValue) M(keyboardModel) M(keysKind1) M(keysKind2)
-                               M(keysKind3) M(keysKind5) M(keysKind6) M(keysOther))
+        M(keysKind3) M(keysKind5) M(keysKind6) M(keysOther))
+// clang-format on
 
 #undef M
 #undef MEMBERS
@@ -101,11 +87,6 @@ struct KeyboardRecord {
     L& gOledLength;
 };
 
-template <class P, class L, class F>
-void forEach(KeyboardRecord<P, L>& k, F&& f) {
-    forEach(k.param, f);
-    f("gOledLength", k.gOledLength);
-}
 template <class P, class L, class F>
 void forEach(const KeyboardRecord<P, L>& k, F&& f) {
     forEach(k.param, f);
