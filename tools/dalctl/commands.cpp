@@ -400,10 +400,11 @@ int runExplain(Context& c) {
     if (!opened)
         return badInput(QStringLiteral("cannot read %1: %2").arg(name, file.errorString()));
     out().flush();
-    return explainStream(file.handle(), stdout, device ? &*device : nullptr,
-                         c.parser.isSet(QStringLiteral("json")))
-               ? kAnswer
-               : badInput(QStringLiteral("error reading %1").arg(name));
+    const long long answered = explainStream(file.handle(), stdout, device ? &*device : nullptr,
+                                             c.parser.isSet(QStringLiteral("json")));
+    if (answered < 0)
+        return badInput(QStringLiteral("error reading %1").arg(name));
+    return answered > 0 ? kAnswer : kNothing;
 }
 
 int runDecode(Context& c) {

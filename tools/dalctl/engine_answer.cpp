@@ -3,6 +3,7 @@
 #include "engine_detail.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 
 #include <cmath>
 
@@ -295,6 +296,13 @@ QString differenceOf(const Run& run, const Target& target, int k) {
         const QString& have = (*got)[p].value;
         if (have == want.value)
             continue;
+        // A number differs whole; a device type is shown as dalctl prints it.
+        if (!comparedByEnds(want.name)) {
+            const bool code = want.name == QLatin1String("deviceType");
+            return QStringLiteral("%1 is %2 here, %3 sent")
+                .arg(want.name, code ? deviceCodeText(want.value.toInt()) : want.value,
+                     code ? deviceCodeText(have.toInt()) : have);
+        }
         const QString unit = want.binary ? QStringLiteral("bytes") : QStringLiteral("characters");
         if (have.isEmpty())
             return QStringLiteral("which sends no %1; %2 more %3 here")
@@ -424,7 +432,9 @@ QString Answer::replay() const {
     for (const QString& word : options())
         words << shellWord(word);
     if (!model().isEmpty())
-        words << QStringLiteral("--model") << QStringLiteral("FILE");
+        words << QStringLiteral("--model")
+              << shellWord(
+                     QString::fromUtf8(QJsonDocument(model()).toJson(QJsonDocument::Compact)));
     words << call.op->qualifiedName();
     for (const QString& word : call.words)
         words << shellWord(word);

@@ -354,10 +354,7 @@ bool endsMatch(const Entry& entry, int branch, int k, const Family& family, cons
 // (the device search's first probes) counts as the native family's. The keyboard's records go
 // wherever its operations send them, and the OSD box's name no device.
 bool sentTo(std::optional<int> deviceType, const Family& family) {
-    if (!deviceType || !family.routed())
-        return true;
-    const Family* own = familyOfCode(*deviceType);
-    return own ? own == &family : &family == &families().first();
+    return !deviceType || !family.routed() || deviceOfCode(*deviceType).family == &family;
 }
 
 QVector<Candidate> candidatesFor(const Target& target, const Device& device) {

@@ -66,13 +66,19 @@ bool parseTrace(Cursor c, TracedRecord& traced) {
     return unquote(QString::fromUtf8(c.at, int(c.end - c.at)), traced.text);
 }
 
+// What explain appends to a trace line, and whether it names an operation.
+struct Note {
+    QByteArray text; // empty for a garbled line
+    bool answered = false;
+};
+
 // The annotation of one distinct trace line, kept so that a log repeating itself is proven
 // once per line.
 class Annotations {
 public:
-    // The note for a trace line, by what follows its label; empty for a garbled one.
-    const QByteArray& of(const QByteArray& traceLine, const Device* device, bool json) {
-        QHash<QByteArray, QByteArray>& cache = caches[{device, json}];
+    // The note for a trace line, by what follows its label.
+    const Note& of(const QByteArray& traceLine, const Device* device, bool json) {
+        QHash<QByteArray, Note>& cache = caches[{device, json}];
         const auto it = cache.constFind(traceLine); // looked up in place, copied when kept
         if (it != cache.constEnd())
             return *it;
@@ -86,13 +92,13 @@ public:
                 ? TracedRecord::Read
                 : TracedRecord::Garbled;
         return cache[key] =
-                   traced.status == TracedRecord::Read ? build(traced, device, json) : QByteArray();
+                   traced.status == TracedRecord::Read ? build(traced, device, json) : Note();
     }
 
 private:
     static constexpr int kLimit = 4096;
 
-    static QByteArray build(const TracedRecord& traced, const Device* device, bool json) {
+    static Note build(const TracedRecord& traced, const Device* device, bool json) {
         const QVector<Device> searched =
             device ? QVector<Device>{*device}
                    : devicesWhere([](const Family& f) { return f.routed(); });
@@ -107,7 +113,8 @@ private:
             if (result.closest)
                 object.insert(QStringLiteral("closest"), result.closest->json());
             const QByteArray text = QJsonDocument(object).toJson(QJsonDocument::Compact);
-            return text.mid(1, text.size() - 2); // members, to follow the line number
+            // members, to follow the line number
+            return {text.mid(1, text.size() - 2), !answers.isEmpty()};
         }
         // The same answer on several families is written once, with the families.
         QStringList texts;
@@ -125,14 +132,12 @@ private:
         for (int i = 0; i < seen.size(); ++i)
             texts << (device ? seen[i] : seen[i] + QStringLiteral(" [") + where[i].join(' ') + ']');
         if (!texts.isEmpty())
-            return texts.join(QStringLiteral(" | ")).toUtf8();
-        const QByteArray head = traced.head.toHex(' ');
-        if (!result.closest)
-            return "no operation sends " + head;
-        return "no operation sends " + head + "; " + result.closest->text().toUtf8();
+            return {texts.join(QStringLiteral(" | ")).toUtf8(), true};
+        const QByteArray none = "no operation sends " + traced.head.toHex(' ');
+        return {result.closest ? none + "; " + result.closest->text().toUtf8() : none, false};
     }
 
-    std::map<std::pair<const Device*, bool>, QHash<QByteArray, QByteArray>> caches;
+    std::map<std::pair<const Device*, bool>, QHash<QByteArray, Note>> caches;
 };
 
 } // namespace
@@ -149,9 +154,10 @@ TracedRecord readTraceLine(const QByteArray& line) {
 
 namespace {
 
-// Writes one line as explain writes it, in pieces, through `put`.
+// Writes one line as explain writes it, in pieces, through `put`; whether an operation was
+// named for it.
 template <class Put>
-void annotate(const char* line, int size, const Device* device, bool json, long long number,
+bool annotate(const char* line, int size, const Device* device, bool json, long long number,
               Put&& put) {
     static Annotations annotations;
     int body = size;
@@ -163,25 +169,26 @@ void annotate(const char* line, int size, const Device* device, bool json, long 
     if (label < 0) {
         if (!json)
             put(line, size);
-        return;
+        return false;
     }
     const int from = int(label + kTraceLabelSize);
-    const QByteArray& note =
+    const Note& note =
         annotations.of(QByteArray::fromRawData(line + from, body - from), device, json);
     static const QByteArray garbled = "cut or garbled trace line";
     if (json) {
         const QByteArray prefix = "{\"line\":" + QByteArray::number(number) + ',';
         put(prefix.constData(), prefix.size());
-        const QByteArray rest =
-            note.isEmpty() ? QByteArray("\"error\":\"" + garbled + "\"}\n") : note + "}\n";
+        const QByteArray rest = note.text.isEmpty() ? QByteArray("\"error\":\"" + garbled + "\"}\n")
+                                                    : note.text + "}\n";
         put(rest.constData(), rest.size());
-        return;
+        return note.answered;
     }
     put(line, body);
     put(kNote, int(sizeof kNote - 1));
-    const QByteArray& said = note.isEmpty() ? garbled : note;
+    const QByteArray& said = note.text.isEmpty() ? garbled : note.text;
     put(said.constData(), said.size());
     put(ending.constData(), ending.size());
+    return note.answered;
 }
 
 } // namespace
@@ -193,11 +200,11 @@ QByteArray explainLine(const QByteArray& line, const Device* device, bool json, 
     return written;
 }
 
-bool explainStream(int in, std::FILE* out, const Device* device, bool json) {
+long long explainStream(int in, std::FILE* out, const Device* device, bool json) {
     constexpr int kChunk = 1 << 16;
     std::vector<char> chunk(kChunk);
     QByteArray buffer; // the unfinished line, then the chunk read after it
-    long long number = 0;
+    long long number = 0, answered = 0;
     const auto write = [out](const char* bytes, int size) {
         std::fwrite(bytes, 1, std::size_t(size), out);
     };
@@ -206,19 +213,20 @@ bool explainStream(int in, std::FILE* out, const Device* device, bool json) {
         if (n < 0 && errno == EINTR)
             continue;
         if (n < 0)
-            return false;
+            return -1;
         if (n == 0)
             break;
         buffer.append(chunk.data(), int(n));
         int start = 0;
         for (int end; (end = int(buffer.indexOf('\n', start))) >= 0; start = end + 1)
-            annotate(buffer.constData() + start, end + 1 - start, device, json, ++number, write);
+            answered += annotate(buffer.constData() + start, end + 1 - start, device, json,
+                                 ++number, write);
         buffer.remove(0, start);
         // What was read is written before waiting for more: a pipe is followed as it grows.
         std::fflush(out);
     }
     if (!buffer.isEmpty()) // the last line, without its line end
-        annotate(buffer.constData(), buffer.size(), device, json, ++number, write);
+        answered += annotate(buffer.constData(), buffer.size(), device, json, ++number, write);
     std::fflush(out);
-    return true;
+    return answered;
 }

@@ -25,6 +25,6 @@ TracedRecord readTraceLine(const QByteArray& line);
 QByteArray explainLine(const QByteArray& line, const Device* device, bool json,
                        long long number = 0);
 // Annotates a log read from the descriptor `in`, line by line, writing each line as soon as it
-// is read, so that a pipe from `tail -F` is followed as it grows. Returns false on a read
-// error.
-bool explainStream(int in, std::FILE* out, const Device* device, bool json);
+// is read, so that a pipe from `tail -F` is followed as it grows. Returns how many trace lines
+// it named an operation for, or -1 on a read error.
+long long explainStream(int in, std::FILE* out, const Device* device, bool json);
