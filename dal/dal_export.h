@@ -1,5 +1,7 @@
 #pragma once
 
+// Marks what libDAL_Manage.so exports: the three classes of the installed headers. Everything
+// else in the library is compiled with hidden visibility.
 #include <QtGlobal>
 
 #if defined(DAL_MANAGE_BUILD)
