@@ -1,10 +1,10 @@
-// dalctl's command line: one table of options and one of commands drive the usage, each
-// command's help, the dispatch and the check that refuses an option a command does not read.
+// dalctl's command line: one table of options and one of commands drive the usage, the help
+// pages, the manual page, the bash completion, the dispatch and the checks that refuse an option
+// or a word a command does not take.
 #include "commands.h"
 
 #include "decode.h"
 #include "doc.h"
-#include "engine.h"
 #include "explain.h"
 #include "pacing.h"
 #include "records.h"
@@ -13,7 +13,6 @@
 #include "sweep.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -25,9 +24,15 @@
 
 namespace {
 
-constexpr int kAnswer = 0;
-constexpr int kNothing = 1;
-constexpr int kBadInput = 2;
+enum ExitCode { kAnswer, kNothing, kBadInput };
+const char* const kExitCodes[] = {"an answer", "nothing found or nothing queued", "bad input"};
+
+const QString kPurpose = QStringLiteral(
+    "shows exactly what libDAL_Manage queues for an operation on a device family, and which "
+    "operation queued a record");
+const QString kOptionsAnywhere = QStringLiteral(
+    "Options go anywhere on the line; after \"--\" every argument is a value. \"dalctl COMMAND "
+    "--help\" describes a command, \"dalctl OPERATION --help\" an operation.");
 
 QTextStream& out() {
     static QTextStream stream(stdout);
@@ -51,64 +56,95 @@ void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& mes
     err() << (type == QtInfoMsg ? "info: " : "warning: ") << message << Qt::endl;
 }
 
+// Input that cannot be read as given: what is wrong, and the usage that says what would do.
+struct BadInput {
+    QString message;
+    QString usage = QString();
+};
+
 int badInput(const QString& message, const QString& usage = QString()) {
     out().flush();
-    err() << "dalctl: " << message << '\n';
-    if (!usage.isEmpty())
-        err() << usage << '\n';
+    err() << "dalctl: " << message << '\n' << (usage.isEmpty() ? "" : usage + '\n');
     err().flush();
     return kBadInput;
 }
 
-// ---- the options
-// ----------------------------------------------------------------------------------
+int print(const QByteArray& bytes) {
+    out().flush();
+    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stdout);
+    return kAnswer;
+}
+
+QString jsonLine(const QJsonObject& object) {
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + '\n';
+}
+
+QString exitCodesText() {
+    QStringList codes;
+    for (int code : {kAnswer, kNothing, kBadInput})
+        codes << QStringLiteral("%1 %2").arg(code).arg(QLatin1String(kExitCodes[code]));
+    return "Exit codes: " + codes.join(", ") + ".\n";
+}
+
+// ---- the options -------------------------------------------------------------------------------
 
 struct OptionRow {
     QString name;
     QString value; // empty: a flag
     QString help;
-    QString byDefault;
+    QString byDefault = QString();
+
+    QString described() const {
+        return byDefault.isEmpty() ? help : QStringLiteral("%1 (default %2)").arg(help, byDefault);
+    }
 };
 
 const QVector<OptionRow>& optionRows() {
     static const QVector<OptionRow> rows = [] {
-        QVector<OptionRow> all{
-            {"device", "CODE|FAMILY",
-             "The device family, or a device-type code of one: where an operation is run, or "
-             "where the records decoded went.",
-             ""}};
+        QVector<OptionRow> all{{"device", "CODE|FAMILY",
+                                "The device family, or a device-type code of one: where an "
+                                "operation is run, or where the records decoded went."}};
         for (const UtilityOption& o : utilityOptions())
             all << OptionRow{QLatin1String(o.option), QLatin1String(o.valueName),
                              QLatin1String(o.help), QLatin1String(o.byDefault)};
-        all << OptionRow{"model", "FILE.json",
-                         "Model records from JSON, whole or in part, lists included.", ""}
-            << OptionRow{"json", "", "One JSON object per line.", ""}
-            << OptionRow{"trace", "", "Show the library's trace lines.", ""}
-            << OptionRow{"timeout", "MS", "The reply time-out.", "3000"}
-            << OptionRow{"text", "TEXT", "The text payload.", ""}
-            << OptionRow{"file", "FILE", "Read the input from FILE.", ""}
-            << OptionRow{"as-text", "",
-                         "Read the input as a text a family is sent, though it reads as hex.", ""}
-            << OptionRow{"out", "FILE", "Write the page to FILE.", ""};
-        return all;
+        return all + QVector<OptionRow>{
+                         {"model", "JSON|FILE",
+                          "Model records from JSON text, or from a JSON file: whole records or "
+                          "any part of them, lists included."},
+                         {"json", "", "One JSON object per line."},
+                         {"trace", "", "Show the library's trace lines."},
+                         {"timeout", "MS", "The reply time-out.", "3000"},
+                         {"text", "TEXT", "The text payload."},
+                         {"file", "FILE", "Read the input from FILE."},
+                         {"as-text", "",
+                          "Read the input as a text a family is sent, though it reads as hex."},
+                         {"out", "FILE", "Write the page to FILE."},
+                         {"help", "", "Describe dalctl, or the command or operation named (-h)."},
+                         {"version", "", "Print the library's version and Qt's."}};
     }();
     return rows;
 }
 
-QStringList utilityOptionNames() {
-    QStringList names{QStringLiteral("device")};
-    for (const UtilityOption& o : utilityOptions())
-        names << QLatin1String(o.option);
-    return names;
+// The options named, or all of them, as the help pages list them.
+QString optionsHelp(const QStringList& names = QStringList()) {
+    QString text = "\nOptions:\n";
+    for (const OptionRow& o : optionRows())
+        if (names.isEmpty() || names.contains(o.name))
+            text += QStringLiteral("  --%1%2\n      %3\n")
+                        .arg(o.name, o.value.isEmpty() ? "" : ' ' + o.value, o.described());
+    return text;
 }
 
-// ---- the commands
-// ---------------------------------------------------------------------------------
+// ---- the commands ------------------------------------------------------------------------------
+
+struct CommandRow;
 
 struct Context {
-    QCommandLineParser& parser;
+    const QCommandLineParser& parser;
+    const CommandRow& row;
     QString command;   // as given: a command's name or an operation's
     QStringList words; // after it
+    std::optional<Device> device;
 };
 
 struct CommandRow {
@@ -117,7 +153,10 @@ struct CommandRow {
     QString summary;
     QStringList options;
     QString example;
+    int most; // the most words it takes after its name; -1: as many as its handler reads
     int (*run)(Context&);
+
+    QString what() const { return name == "OPERATION" ? QStringLiteral("an operation") : name; }
 };
 
 const QVector<CommandRow>& commandRows();
@@ -129,117 +168,190 @@ const CommandRow& rowOf(const QString& command) {
     return commandRows().first(); // an operation
 }
 
-QString usageOf(const CommandRow& row) { return QStringLiteral("usage: dalctl %1").arg(row.usage); }
+QString usageOf(const CommandRow& row) { return "usage: dalctl " + row.usage; }
 
 QString helpOf(const CommandRow& row) {
-    QString text = usageOf(row) + QStringLiteral("\n\n") + row.summary + QLatin1Char('\n');
-    if (!row.options.isEmpty()) {
-        text += QStringLiteral("\nOptions:\n");
-        for (const OptionRow& o : optionRows())
-            if (row.options.contains(o.name))
-                text += QStringLiteral("  --%1%2\n      %3%4\n")
-                            .arg(o.name, o.value.isEmpty() ? QString() : QLatin1Char(' ') + o.value,
-                                 o.help,
-                                 o.byDefault.isEmpty()
-                                     ? QString()
-                                     : QStringLiteral(" (default %1)").arg(o.byDefault));
-    }
-    text += QStringLiteral("\nExample:\n  %1\n\nExit codes: 0 an answer, 1 nothing found or "
-                           "nothing queued, 2 bad input.\n")
-                .arg(row.example);
-    return text;
+    return usageOf(row) + "\n\n" + row.summary + '\n' +
+           (row.options.isEmpty() ? QString() : optionsHelp(row.options)) + "\nExample:\n  " +
+           row.example + "\n\n" + exitCodesText();
 }
 
 QString generalHelp() {
-    QString text = QStringLiteral(
-        "Shows exactly what libDAL_Manage queues for an operation on a device family, and which "
-        "operation queued a record.\n\nCommands:\n");
+    QString text = kPurpose.at(0).toUpper() + kPurpose.mid(1) + ".\n\nCommands:\n";
     for (const CommandRow& row : commandRows())
         text += QStringLiteral("  dalctl %1\n      %2\n").arg(row.usage, row.summary);
-    text += QStringLiteral(
-        "\nOptions go anywhere on the line; after \"--\" every argument is a value. "
-        "\"dalctl COMMAND --help\" describes a command, \"dalctl OPERATION --help\" an "
-        "operation.\nExit codes: 0 an answer, 1 nothing found or nothing queued, 2 bad input.\n");
-    return text;
+    return text + optionsHelp() + '\n' + kOptionsAnywhere + '\n' + exitCodesText();
 }
 
-// ---- what several commands read ---------------------------------------------------------------
+// Text as roff reads it: a backslash and a minus sign escaped, no line taken for a request.
+QString roff(QString text) {
+    text.replace('\\', "\\e").replace('-', "\\-");
+    return text.replace(QRegularExpression("^([.'])", QRegularExpression::MultilineOption),
+                        "\\&\\1");
+}
 
-QString familyList() { return familyNames().join(QStringLiteral(", ")); }
+QByteArray manualPage() {
+    QString page = QStringLiteral(".TH DALCTL 1 \"\" \"libDAL_Manage %1\" \"User Commands\"\n"
+                                  ".SH NAME\ndalctl \\- %2\n.SH SYNOPSIS\n.nf\n")
+                       .arg(DAL_MANAGE_VERSION, roff(kPurpose));
+    for (const CommandRow& row : commandRows())
+        page += "\\fBdalctl\\fR " + roff(row.usage) + '\n';
+    page += QStringLiteral(".fi\n.SH DESCRIPTION\ndalctl %1.\n.PP\n%2\n.SH COMMANDS\n")
+                .arg(roff(kPurpose), roff(kOptionsAnywhere));
+    for (const CommandRow& row : commandRows())
+        page += ".TP\n\\fBdalctl\\fR " + roff(row.usage) + '\n' + roff(row.summary) + '\n' +
+                (row.options.isEmpty()
+                     ? QString()
+                     : ".IP\nOptions: " + roff("--" + row.options.join(", --")) + ".\n");
+    page += ".SH OPTIONS\n";
+    for (const OptionRow& o : optionRows())
+        page += ".TP\n\\fB" + roff("--" + o.name) + "\\fR" +
+                (o.value.isEmpty() ? QString() : " \\fI" + roff(o.value) + "\\fR") + '\n' +
+                roff(o.described()) + '\n';
+    page += ".SH \"EXIT STATUS\"\n";
+    for (int code : {kAnswer, kNothing, kBadInput})
+        page += QStringLiteral(".TP\n%1\n%2\n").arg(code).arg(QLatin1String(kExitCodes[code]));
+    page += ".SH EXAMPLES\n.nf\n";
+    for (const CommandRow& row : commandRows())
+        page += roff(row.example) + '\n';
+    page += ".fi\n.SH FILES\n" +
+            roff("dalctl keeps nothing on disk: it reads and writes only the files named by "
+                 "--model, --file and --out, and the log explain is given.") +
+            "\n.TP\n" + roff("/usr/share/bash-completion/completions/dalctl") +
+            "\nThe bash completion, as \\fBdalctl completion\\fR writes it.\n";
+    return page.toUtf8();
+}
 
-// The device given by --device, or nothing when none was given; `error` is set when the option
-// names none. What the library does with a code no family has is said on standard error.
-std::optional<Device> deviceOption(const QCommandLineParser& parser, QString& error) {
-    if (!parser.isSet(QStringLiteral("device")))
+QByteArray completionScript() {
+    QStringList words, takingFamily, options, valued[3]; // valued: by a family, a file, else
+    for (const CommandRow& row : commandRows().mid(1)) {
+        words << row.name;
+        if (row.usage.contains("FAMILY"))
+            takingFamily << row.name;
+    }
+    for (const Operation& op : operations())
+        if (!words.contains(op.name))
+            words << op.name;
+    for (const OptionRow& o : optionRows()) {
+        options << "--" + o.name;
+        if (!o.value.isEmpty())
+            valued[o.value.contains("FAMILY") ? 0
+                   : o.value.contains("FILE") ? 1
+                                              : 2]
+                << "--" + o.name;
+    }
+    // An option's value follows it; the first other word is the command, and a command that
+    // takes a family is offered the families next.
+    return QStringLiteral(
+               "# bash completion of dalctl, written by `dalctl completion`.\n"
+               "_dalctl() {\n"
+               "    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
+               "    local families=\"%1\" command= i\n"
+               "    local -i after=0\n"
+               "    case $prev in\n"
+               "        %2) COMPREPLY=($(compgen -W \"$families\" -- \"$cur\")); return ;;\n"
+               "        %3) COMPREPLY=($(compgen -f -- \"$cur\")); return ;;\n"
+               "        %4) return ;;\n"
+               "    esac\n"
+               "    for ((i = 1; i < COMP_CWORD; i++)); do\n"
+               "        case ${COMP_WORDS[i]} in\n"
+               "            %5) ((i++)) ;;\n"
+               "            -?*) ;;\n"
+               "            *) [[ $command ]] && after+=1 || command=${COMP_WORDS[i]} ;;\n"
+               "        esac\n"
+               "    done\n"
+               "    if [[ $cur == -* ]]; then\n"
+               "        COMPREPLY=($(compgen -W \"%6\" -- \"$cur\"))\n"
+               "    elif [[ -z $command ]]; then\n"
+               "        COMPREPLY=($(compgen -W \"%7\" -- \"$cur\"))\n"
+               "    elif ((after == 0)); then\n"
+               "        case $command in\n"
+               "            %8) COMPREPLY=($(compgen -W \"$families\" -- \"$cur\")) ;;\n"
+               "        esac\n"
+               "    fi\n"
+               "}\n"
+               "complete -o default -F _dalctl dalctl\n")
+        .arg(familyNames().join(' '), valued[0].join('|'), valued[1].join('|'), valued[2].join('|'),
+             (valued[0] + valued[1] + valued[2]).join('|'), options.join(' '), words.join(' '),
+             takingFamily.join('|'))
+        .toUtf8();
+}
+
+// ---- what several commands read ----------------------------------------------------------------
+
+QString familyList() { return familyNames().join(", "); }
+
+// Opens `name` for reading, "-" for standard input.
+void openInput(QFile& file, const QString& name) {
+    file.setFileName(name);
+    if (!(name == "-" ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly)))
+        throw BadInput{QStringLiteral("cannot read %1: %2").arg(name, file.errorString())};
+}
+
+QByteArray readInput(const QString& name) {
+    QFile file;
+    openInput(file, name);
+    return file.readAll();
+}
+
+// The device --device names, if any; what the library does with a code no family has is said
+// on standard error.
+std::optional<Device> deviceOption(const QCommandLineParser& parser) {
+    if (!parser.isSet("device"))
         return std::nullopt;
-    const QString given = parser.value(QStringLiteral("device"));
-    const std::optional<Device> device = deviceNamed(given);
+    const std::optional<Device> device = deviceNamed(parser.value("device"));
     if (!device)
-        error = QStringLiteral("unknown device %1: the families are %2; or unknown, or any "
-                               "device-type code in decimal or 0x-hex")
-                    .arg(given, familyList());
-    else if (const QString what = describeCode(device->code); !device->ofFamily())
-        err() << "dalctl: " << what << Qt::endl;
+        throw BadInput{QStringLiteral("unknown device %1: the families are %2; or unknown, or any "
+                                      "device-type code in decimal or 0x-hex")
+                           .arg(parser.value("device"), familyList())};
+    if (!device->ofFamily())
+        err() << "dalctl: " << describeCode(device->code) << Qt::endl;
     return device;
 }
 
-// The utility's values the options set, for the device.
-bool utilityFrom(const QCommandLineParser& parser, const Device& device, UtilityValues& u,
-                 QString& error) {
-    u = UtilityValues();
-    u.deviceType = device.code;
-    for (const UtilityOption& o : utilityOptions()) {
-        const QString value = parser.isSet(QLatin1String(o.option))
-                                  ? parser.value(QLatin1String(o.option))
-                                  : QLatin1String(o.byDefault);
-        if (!o.text) {
-            try {
-                args::parseInteger(value, o.min, o.max);
-            } catch (const ArgError& e) {
-                error = QStringLiteral("--%1: %2")
-                            .arg(QLatin1String(o.option), QString::fromStdString(e.what()));
-                return false;
-            }
-        }
-        o.set(u, value);
+long long integerOption(const QCommandLineParser& parser, const QString& name, long long min,
+                        long long max) {
+    try {
+        return args::parseInteger(parser.value(name), min, max);
+    } catch (const ArgError& e) {
+        throw BadInput{QStringLiteral("--%1: %2").arg(name, QString::fromStdString(e.what()))};
     }
-    return true;
 }
 
-bool modelsFrom(const QCommandLineParser& parser, Models& models, QString& error) {
-    models = Models::defaults();
-    if (!parser.isSet(QStringLiteral("model")))
-        return true;
-    QFile file(parser.value(QStringLiteral("model")));
-    if (!file.open(QIODevice::ReadOnly)) {
-        error = QStringLiteral("cannot read model file %1: %2")
-                    .arg(file.fileName(), file.errorString());
-        return false;
+// The utility's values the options set, for the device.
+UtilityValues utilityFrom(const QCommandLineParser& parser, const Device& device) {
+    UtilityValues u;
+    u.deviceType = device.code;
+    for (const UtilityOption& o : utilityOptions()) {
+        if (!o.text)
+            integerOption(parser, QLatin1String(o.option), o.min, o.max);
+        o.set(u, parser.value(QLatin1String(o.option)));
     }
-    const QString problem = models.apply(file.readAll());
+    return u;
+}
+
+// The built-in models changed by --model's JSON text, or by the JSON file it names: an answer's
+// replay line carries the text itself.
+Models modelsFrom(const QCommandLineParser& parser) {
+    Models models = Models::defaults();
+    const QString given = parser.value("model");
+    const bool text = given.trimmed().startsWith('{');
+    const QString problem =
+        !parser.isSet("model") ? QString() : models.apply(text ? given.toUtf8() : readInput(given));
     if (!problem.isEmpty())
-        error = QStringLiteral("%1: %2").arg(file.fileName(), problem);
-    return problem.isEmpty();
+        throw BadInput{QStringLiteral("--model %1: %2").arg(text ? "JSON" : given, problem)};
+    return models;
 }
 
 // Prints what a call queued; the exit code says whether it queued (or returned) anything.
 int printOutcome(const Outcome& outcome, bool json) {
-    if (json) {
-        if (!outcome.returned.isEmpty())
-            out() << QJsonDocument(QJsonObject{{QStringLiteral("returned"), outcome.returned}})
-                         .toJson(QJsonDocument::Compact)
-                  << '\n';
-        for (const model_Protocoldata& rec : outcome.records)
-            out() << QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact) << '\n';
-        for (const model_OsdParam& rec : outcome.osdRecords)
-            out() << QJsonDocument(recordJson(rec)).toJson(QJsonDocument::Compact) << '\n';
-    } else {
-        if (!outcome.returned.isEmpty())
-            out() << outcome.returned << '\n';
-        if (outcome.empty())
-            out() << "no record queued\n";
-        out() << outcome.recordsText();
-    }
+    if (json && !outcome.returned.isEmpty())
+        out() << jsonLine(QJsonObject{{QStringLiteral("returned"), outcome.returned}});
+    for (int k = 0; json && k < outcome.count(); ++k)
+        out() << jsonLine(outcome.json(k));
+    if (!json)
+        out() << (outcome.returned.isEmpty() ? QString() : outcome.returned + '\n')
+              << (outcome.empty() ? "no record queued\n" : "") << outcome.recordsText();
     out().flush();
     return outcome.empty() && outcome.returned.isEmpty() ? kNothing : kAnswer;
 }
@@ -249,107 +361,72 @@ void noteOtherFamilies(const Outcome& outcome, const Device& named, const QStrin
     QStringList others;
     for (const model_Protocoldata& rec : outcome.records) {
         const Family* f = familyOfCode(rec.deviceType);
-        const QString family =
-            f ? f->name : QStringLiteral("device type ") + deviceCodeText(rec.deviceType);
+        const QString family = f ? f->name : "device type " + deviceCodeText(rec.deviceType);
         if (rec.deviceType != named.code && f != named.family && !others.contains(family))
             others << family;
     }
     if (!others.isEmpty())
-        err() << "dalctl: note: " << operation << " sends to " << others.join(QStringLiteral(", "))
+        err() << "dalctl: note: " << operation << " sends to " << others.join(", ")
               << " whatever the device; " << named.word() << " was named\n";
     err().flush();
+}
+
+// The written form of each argument whose kind has more to it than its name, after the
+// signature: lists, JSON objects and records, colours.
+QString writtenForms(const Operation& op) {
+    using args::Kind;
+    const QVector<Kind> plain{Kind::Integer, Kind::Boolean, Kind::Decimal, Kind::Text, Kind::Bytes};
+    QStringList forms;
+    for (const Parameter& p : op.arguments)
+        if (p.kind == Kind::Json && !op.jsonMembers.isEmpty())
+            forms << p.name + ": JSON of " + op.jsonMembers.join(' ');
+        else if (!plain.contains(p.kind))
+            forms << p.name + ": " + QLatin1String(args::infoOf(p.kind).written);
+    return forms.isEmpty() ? QString() : "    # " + forms.join("; ");
 }
 
 // ---- the commands' handlers --------------------------------------------------------------------
 
 int runOperation(Context& c) {
-    QString error;
-    const std::optional<Device> given = deviceOption(c.parser, error);
-    if (!error.isEmpty())
-        return badInput(error);
-    const Operation* op = nullptr;
-    try {
-        op = &operationFor(c.command, c.words);
-    } catch (const UsageError& e) {
-        return badInput(QString::fromStdString(e.what()), e.usage);
-    }
+    const Operation& op = operationFor(c.command, c.words);
     // A family the class never sends to is refused; a code no family has runs as the library
     // runs it.
-    const QVector<const Family*> own = familiesOf(op->className);
-    const Device device = given.value_or(Device{own.first(), own.first()->code, {}});
+    const QVector<const Family*> own = familiesOf(op.className);
+    const Device device = c.device.value_or(Device{own.first(), own.first()->code, {}});
     if (device.ofFamily() && !own.contains(device.family)) {
         QStringList names;
         for (const Family* f : own)
             names << f->name;
-        return badInput(QStringLiteral("%1 is an operation of %2, which never sends to the %3 "
-                                       "family; its families: %4")
-                            .arg(op->qualifiedName(), op->className, device.family->name,
-                                 names.join(QStringLiteral(", "))));
+        throw BadInput{
+            QStringLiteral("%1 is an operation of %2, which never sends to the %3 "
+                           "family; its families: %4")
+                .arg(op.qualifiedName(), op.className, device.family->name, names.join(", "))};
     }
-    Call call;
-    call.op = op;
-    call.words = c.words;
-    if (!utilityFrom(c.parser, device, call.utility, error) ||
-        !modelsFrom(c.parser, call.models, error))
-        return badInput(error);
     Outcome outcome;
     try {
-        outcome = run(call);
+        outcome = run(Call{&op, c.words, modelsFrom(c.parser), utilityFrom(c.parser, device)});
     } catch (const ArgError& e) {
-        return badInput(QStringLiteral("%1: %2").arg(op->name, QString::fromStdString(e.what())),
-                        QStringLiteral("usage: dalctl [options] %1").arg(op->usage()));
+        throw BadInput{op.name + ": " + QString::fromStdString(e.what()),
+                       "usage: dalctl [options] " + op.usage()};
     }
-    noteOtherFamilies(outcome, device, op->name);
-    return printOutcome(outcome, c.parser.isSet(QStringLiteral("json")));
+    noteOtherFamilies(outcome, device, op.name);
+    return printOutcome(outcome, c.parser.isSet("json"));
 }
 
 int runRawCommand(Context& c) {
-    QString error;
-    const Device device = deviceOption(c.parser, error).value_or(deviceOfCode(family::native));
-    if (!error.isEmpty())
-        return badInput(error);
+    const Device device = c.device.value_or(deviceOfCode(family::native));
     if (!device.family->routed())
-        return badInput(QStringLiteral("raw sends through DalTarsel::f_SendCmd, which never sends "
-                                       "to the %1 family")
-                            .arg(device.family->name));
-    UtilityValues u;
-    if (!utilityFrom(c.parser, device, u, error))
-        return badInput(error);
-    long long timeout = 0;
-    try {
-        timeout = args::parseInteger(c.parser.value(QStringLiteral("timeout")), INT_MIN, INT_MAX);
-    } catch (const ArgError& e) {
-        return badInput(QStringLiteral("--timeout: %1").arg(QString::fromStdString(e.what())));
-    }
-    try {
-        return printOutcome(
-            runRaw(c.words, int(timeout), c.parser.value(QStringLiteral("text")), u),
-            c.parser.isSet(QStringLiteral("json")));
-    } catch (const UsageError& e) {
-        return badInput(QString::fromStdString(e.what()), usageOf(rowOf(c.command)));
-    }
-}
-
-// A list argument's written form, after the signature.
-QString writtenForms(const Operation& op) {
-    QStringList forms;
-    for (const Parameter& p : op.arguments)
-        if (p.kind == args::Kind::Numbers || p.kind == args::Kind::DashNumbers)
-            forms << QStringLiteral("%1: %2").arg(p.name,
-                                                  QLatin1String(args::infoOf(p.kind).written));
-        else if (p.kind == args::Kind::Json && !op.jsonMembers.isEmpty())
-            forms << QStringLiteral("%1: JSON of %2")
-                         .arg(p.name, op.jsonMembers.join(QLatin1Char(' ')));
-    return forms.isEmpty() ? QString()
-                           : QStringLiteral("    # ") + forms.join(QStringLiteral("; "));
+        throw BadInput{"raw sends through DalTarsel::f_SendCmd, which never sends to the " +
+                       device.family->name + " family"};
+    const int timeout = int(integerOption(c.parser, "timeout", INT_MIN, INT_MAX));
+    return printOutcome(
+        runRaw(c.words, timeout, c.parser.value("text"), utilityFrom(c.parser, device)),
+        c.parser.isSet("json"));
 }
 
 int runList(Context& c) {
-    if (c.words.size() > 1)
-        return badInput(QStringLiteral("list takes at most one pattern"),
-                        usageOf(rowOf(c.command)));
     const QString pattern = c.words.value(0);
-    const bool wildcard = pattern.contains(QLatin1Char('*')) || pattern.contains(QLatin1Char('?'));
+    const bool wildcard = pattern.contains('*') || pattern.contains('?');
     const QRegularExpression glob(QRegularExpression::wildcardToRegularExpression(pattern),
                                   QRegularExpression::CaseInsensitiveOption);
     int shown = 0;
@@ -368,9 +445,9 @@ int runList(Context& c) {
 
 int runSweepCommand(Context& c) {
     const Family* family = c.words.isEmpty() ? nullptr : familyOf(c.words[0]);
-    if (c.words.size() > 1 || (!c.words.isEmpty() && !family))
-        return badInput(QStringLiteral("sweep takes at most one family: %1").arg(familyList()),
-                        usageOf(rowOf(c.command)));
+    if (!c.words.isEmpty() && !family)
+        throw BadInput{"unknown family " + c.words[0] + ": the families are " + familyList(),
+                       usageOf(c.row)};
     showTrace = true;
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=true"));
     printSweep(out(), family);
@@ -383,97 +460,65 @@ int runDemo(Context&) {
 }
 
 int runExplain(Context& c) {
-    QString error;
-    const std::optional<Device> device = deviceOption(c.parser, error);
-    if (!error.isEmpty())
-        return badInput(error);
-    if (device && !device->family->routed())
-        return badInput(QStringLiteral("trace lines come from DalTarsel's families, not %1")
-                            .arg(device->family->name));
-    if (c.words.size() > 1)
-        return badInput(QStringLiteral("explain takes at most one file"),
-                        usageOf(rowOf(c.command)));
+    if (c.device && !c.device->family->routed())
+        throw BadInput{"trace lines come from DalTarsel's families, not " + c.device->family->name};
     const QString name = c.words.value(0, QStringLiteral("-"));
-    QFile file(name);
-    const bool opened = name == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly)
-                                                   : file.open(QIODevice::ReadOnly);
-    if (!opened)
-        return badInput(QStringLiteral("cannot read %1: %2").arg(name, file.errorString()));
+    QFile file;
+    openInput(file, name);
     out().flush();
-    const long long answered = explainStream(file.handle(), stdout, device ? &*device : nullptr,
-                                             c.parser.isSet(QStringLiteral("json")));
+    const long long answered = explainStream(file.handle(), stdout, c.device ? &*c.device : nullptr,
+                                             c.parser.isSet("json"));
     if (answered < 0)
-        return badInput(QStringLiteral("error reading %1").arg(name));
+        throw BadInput{"error reading " + name};
     return answered > 0 ? kAnswer : kNothing;
 }
 
 int runDecode(Context& c) {
-    QString error;
-    const std::optional<Device> device = deviceOption(c.parser, error);
-    if (!error.isEmpty())
-        return badInput(error);
-    const QString fileName = c.parser.value(QStringLiteral("file"));
-    const bool stdIn = c.words == QStringList{QStringLiteral("-")};
-    if (c.words.isEmpty() && fileName.isEmpty())
-        return badInput(QStringLiteral("decode takes a record: as arguments, - for standard input, "
-                                       "or --file FILE"),
-                        usageOf(rowOf(c.command)));
-    if (!c.words.isEmpty() && !fileName.isEmpty())
-        return badInput(QStringLiteral("decode takes its input either as arguments or from "
-                                       "--file, not both"),
-                        usageOf(rowOf(c.command)));
-    QByteArray input;
-    if (stdIn || !fileName.isEmpty()) {
-        QFile file(fileName);
-        const bool opened =
-            stdIn ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-        if (!opened)
-            return badInput(QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString()));
-        input = file.readAll();
-    } else {
-        input = c.words.join(QLatin1Char(' ')).toUtf8();
+    const QString fileName = c.parser.value("file");
+    if (c.words.isEmpty() == fileName.isEmpty())
+        throw BadInput{c.words.isEmpty() ? "decode takes a record: as arguments, - for standard "
+                                           "input, or --file FILE"
+                                         : "decode takes its input either as arguments or from "
+                                           "--file, not both",
+                       usageOf(c.row)};
+    QByteArray input = c.words.join(' ').toUtf8();
+    if (c.words == QStringList{QStringLiteral("-")} || !fileName.isEmpty()) {
+        // A file's last line ends where its line ending starts.
+        input = readInput(fileName.isEmpty() ? QStringLiteral("-") : fileName);
+        input.chop(input.endsWith("\r\n") ? 2 : input.endsWith('\n') ? 1 : 0);
     }
-    const bool json = c.parser.isSet(QStringLiteral("json"));
-    const Decoded decoded = decodeInput(
-        input, device ? &*device : nullptr, c.parser.isSet(QStringLiteral("as-text")),
-        [json](const Decoding& record) {
-            out() << (json ? QString::fromUtf8(
-                                 QJsonDocument(record.json()).toJson(QJsonDocument::Compact)) +
-                                 '\n'
-                           : record.text());
-            out().flush();
-        });
+    const bool json = c.parser.isSet("json");
+    const Decoded decoded = decodeInput(input, c.device ? &*c.device : nullptr,
+                                        c.parser.isSet("as-text"), [json](const Decoding& record) {
+                                            out()
+                                                << (json ? jsonLine(record.json()) : record.text());
+                                            out().flush();
+                                        });
     if (!decoded.error.isEmpty())
-        return badInput(decoded.error);
+        throw BadInput{decoded.error};
     const bool everyFound = std::all_of(decoded.records.begin(), decoded.records.end(),
                                         [](const Decoding& record) { return record.found(); });
     return everyFound ? kAnswer : kNothing;
 }
 
 int runDoc(Context& c) {
-    if (!c.words.isEmpty())
-        return badInput(QStringLiteral("doc takes no arguments"), usageOf(rowOf(c.command)));
-    const QString path = c.parser.value(QStringLiteral("out"));
-    if (path.isEmpty()) {
-        out().flush();
-        const QByteArray page = referencePage();
-        std::fwrite(page.constData(), 1, std::size_t(page.size()), stdout);
-        return kAnswer;
-    }
     QString error;
-    return writeReferencePage(path, error) ? kAnswer : badInput(error);
-}
-
-int runCompletion(Context& c) {
-    if (!c.words.isEmpty())
-        return badInput(QStringLiteral("completion takes no arguments"), usageOf(rowOf(c.command)));
-    out() << completionScript();
+    if (!c.parser.isSet("out"))
+        return print(referencePage());
+    if (!writeReferencePage(c.parser.value("out"), error))
+        throw BadInput{error};
     return kAnswer;
 }
 
+int runCompletion(Context&) { return print(completionScript()); }
+
+int runManual(Context&) { return print(manualPage()); }
+
 const QVector<CommandRow>& commandRows() {
     static const QVector<CommandRow> rows = [] {
-        const QStringList utility = utilityOptionNames();
+        QStringList utility{QStringLiteral("device")};
+        for (const UtilityOption& o : utilityOptions())
+            utility << QLatin1String(o.option);
         return QVector<CommandRow>{
             {"OPERATION", "[options] OPERATION [ARG...]",
              "Runs one operation of DalTarsel, Dal_Pommet or dal_Osd on a device family and "
@@ -482,68 +527,49 @@ const QVector<CommandRow>& commandRows() {
              "hex, numbers as 1,2,3 (or 1-2-3 where the parameter says so), JSON objects as JSON "
              "text. Model records are built in; --model changes them.",
              utility + QStringList{"model", "json", "trace"}, "dalctl --device T3 saveScene 3000 5",
-             runOperation},
-            {"list",
-             "list [PATTERN]",
+             -1, runOperation},
+            {"list", "list [PATTERN]",
              "Lists the operations (names containing PATTERN, or matching it with * and ?) with "
-             "their parameters, and the written form of each list and JSON parameter.",
-             {},
-             "dalctl list Oled",
-             runList},
+             "their parameters, and the written form of each parameter that has one beyond its "
+             "type: lists, JSON objects, records, colours.",
+             QStringList(), "dalctl list Oled", 1, runList},
             {"raw", "raw [--timeout MS] [--text TEXT] CMD DAT1 DAT2 DAT3 DAT4 [HEX]",
              "Sends one native command through the generic send: CMD and DAT1..DAT4 as hex bytes "
              "(as every printout shows them, 0x allowed), then an optional data block in hex.",
              utility + QStringList{"timeout", "text", "json", "trace"},
-             "dalctl --device T3 raw 6a 03 00 00 00", runRawCommand},
-            {"demo",
-             "demo",
-             "Prints representative requests as every device family receives them.",
-             {},
-             "dalctl demo",
-             runDemo},
-            {"sweep",
-             "sweep [FAMILY]",
+             "dalctl --device T3 raw 6a 03 00 00 00", -1, runRawCommand},
+            {"demo", "demo", "Prints representative requests as every device family receives them.",
+             QStringList(), "dalctl demo", 0, runDemo},
+            {"sweep", "sweep [FAMILY]",
              "Runs every operation with sample arguments on every family (or the one named) and "
              "prints each request, its trace lines and every record it queued.",
-             {},
-             "dalctl sweep T3",
-             runSweepCommand},
-            {"explain",
-             "explain [--device D] [--json] [FILE|-]",
+             QStringList(), "dalctl sweep T3", 1, runSweepCommand},
+            {"explain", "explain [--device D] [--json] [FILE|-]",
              "Copies a log (a file, or standard input as it grows) line by line and appends to "
              "each trace line of the generic send \"  # dal: \" and the operations proven to "
              "queue it, with their values.",
-             {"device", "json"},
-             "tail -F app.log | dalctl explain -",
-             runExplain},
-            {"decode",
-             "decode [--device D] [--json] [--as-text] INPUT... | - | --file FILE",
+             QStringList{"device", "json"}, "tail -F app.log | dalctl explain -", 1, runExplain},
+            {"decode", "decode [--device D] [--json] [--as-text] INPUT... | - | --file FILE",
              "Names the operations proven to queue each record of the input, with every value "
              "they read and what produced each byte: records as dalctl prints them (or their "
              "--json lines), trace lines, hex heads and blocks, frames, or a family's text.",
-             {"device", "json", "file", "as-text"},
-             "dalctl --device T3 saveScene 3000 5 | dalctl decode -",
-             runDecode},
-            {"doc",
-             "doc [--out FILE]",
+             QStringList{"device", "json", "file", "as-text"},
+             "dalctl --device T3 saveScene 3000 5 | dalctl decode -", -1, runDecode},
+            {"doc", "doc [--out FILE]",
              "Writes the protocol reference page: one self-contained HTML file with every "
              "operation's records on every family.",
-             {"out"},
-             "dalctl doc --out reference.html",
-             runDoc},
-            {"completion",
-             "completion",
+             QStringList{"out"}, "dalctl doc --out reference.html", 0, runDoc},
+            {"completion", "completion",
              "Prints the bash completion of dalctl (commands, operations, families, options).",
-             {},
-             "source <(dalctl completion)",
-             runCompletion},
+             QStringList(), "source <(dalctl completion)", 0, runCompletion},
+            {"man", "man", "Prints this manual page, dalctl(1), in roff.", QStringList(),
+             "dalctl man > dalctl.1", 0, runManual},
         };
     }();
     return rows;
 }
 
-// ---- the command line
-// ------------------------------------------------------------------------------
+// ---- the command line --------------------------------------------------------------------------
 
 // The command line with its options taken out wherever they stand: an argument that starts
 // with a dash is an option unless it is "-" (standard input) or a negative number, and "--"
@@ -564,16 +590,15 @@ CommandLine split(const QStringList& arguments) {
         const QString& a = arguments[i];
         // A value: "-", a negative number, or a word no option looks like (a trace line
         // starts "---addToQueue").
-        const bool value = ended || a == QLatin1String("-") || !a.startsWith(QLatin1Char('-')) ||
-                           a.at(1).isDigit() || a.at(1) == QLatin1Char('.') ||
-                           a.startsWith(QLatin1String("---"));
-        if (a == QLatin1String("--") && !ended) {
+        const bool value = ended || a == "-" || !a.startsWith('-') || a.at(1).isDigit() ||
+                           a.at(1) == '.' || a.startsWith("---");
+        if (a == "--" && !ended) {
             ended = true;
         } else if (value) {
             line.words << a;
         } else {
             line.options << a;
-            const QString name = a.mid(a.startsWith(QLatin1String("--")) ? 2 : 1);
+            const QString name = a.mid(a.startsWith("--") ? 2 : 1);
             if (valued.contains(name) && i + 1 < arguments.size())
                 line.options << arguments[++i];
         }
@@ -581,23 +606,44 @@ CommandLine split(const QStringList& arguments) {
     return line;
 }
 
-// The first option given that the command does not read, with the commands that do.
-QString foreignOption(const QCommandLineParser& parser, const CommandRow& row) {
+// Refuses the words past the `most` that `what` takes (-1: any number).
+void refuseExtra(const QString& what, int most, const QStringList& words,
+                 const QString& usage = QString()) {
+    if (most >= 0 && words.size() > most)
+        throw BadInput{QStringLiteral("%1 takes %2; extra: %3")
+                           .arg(what,
+                                most ? QStringLiteral("at most %1 argument(s)").arg(most)
+                                     : QStringLiteral("no arguments"),
+                                words.mid(most).join(' ')),
+                       usage};
+}
+
+// Refuses the first option given that the command does not read, naming the commands that do.
+void refuseForeignOption(const QCommandLineParser& parser, const CommandRow& row) {
     for (const OptionRow& o : optionRows()) {
         if (!parser.isSet(o.name) || row.options.contains(o.name))
             continue;
         QStringList readers;
         for (const CommandRow& other : commandRows())
             if (other.options.contains(o.name))
-                readers << (other.name == QLatin1String("OPERATION")
-                                ? QStringLiteral("an operation")
-                                : other.name);
-        return QStringLiteral("--%1 is an option of %2, not of %3")
-            .arg(o.name, readers.join(QStringLiteral(", ")),
-                 row.name == QLatin1String("OPERATION") ? QStringLiteral("an operation")
-                                                        : row.name);
+                readers << other.what();
+        throw BadInput{QStringLiteral("--%1 is an option of %2, not of %3")
+                           .arg(o.name, readers.join(", "), row.what())};
     }
-    return QString();
+}
+
+// The general help, or the page of the command or operation named.
+int printHelp(const Context& c, const QStringList& words) {
+    refuseExtra(QStringLiteral("--help"), 1, words);
+    const QVector<const Operation*> named = findOperations(c.command);
+    if (words.isEmpty() || (c.row.name == "OPERATION" && named.isEmpty()))
+        return words.isEmpty() ? print(generalHelp().toUtf8())
+                               : badInput("no command or operation is named " + c.command,
+                                          QStringLiteral("dalctl --help lists the commands"));
+    for (const Operation* op : named)
+        out() << "usage: dalctl [options] " << op->usage() << writtenForms(*op) << '\n';
+    out() << (named.isEmpty() ? "" : "\n") << helpOf(c.row);
+    return kAnswer;
 }
 
 } // namespace
@@ -606,88 +652,37 @@ int runCommandLine(const QStringList& arguments) {
     qInstallMessageHandler(handleMessage);
     // dalctl runs operations to see what they queue, not to drive a keyboard: no pauses.
     dal::pacing::set(std::chrono::milliseconds(0), std::chrono::milliseconds(0));
-    QCoreApplication::setApplicationName(QStringLiteral("dalctl"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(DAL_MANAGE_VERSION));
     QCommandLineParser parser;
-    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
-    const QCommandLineOption version(QStringLiteral("version"));
-    parser.addOption(help);
-    parser.addOption(version);
     for (const OptionRow& o : optionRows())
-        parser.addOption(QCommandLineOption(o.name, o.help, o.value, o.byDefault));
+        parser.addOption(
+            QCommandLineOption(o.name == "help" ? QStringList{"h", o.name} : QStringList{o.name},
+                               o.help, o.value, o.byDefault));
     const CommandLine line = split(arguments);
     if (!parser.parse(line.options))
         return badInput(parser.errorText(), QStringLiteral("dalctl --help lists the commands"));
-    if (parser.isSet(version)) {
-        out() << "dalctl (libDAL_Manage " DAL_MANAGE_VERSION "), Qt " << qVersion() << '\n';
-        return kAnswer;
-    }
-    if (line.words.isEmpty()) {
-        if (parser.isSet(help)) {
-            out() << generalHelp();
+    const QString command = line.words.value(0);
+    Context c{parser, rowOf(command), command, line.words.mid(1), std::nullopt};
+    try {
+        if (parser.isSet("version")) {
+            refuseExtra(QStringLiteral("--version"), 0, line.words);
+            out() << "dalctl (libDAL_Manage " DAL_MANAGE_VERSION "), Qt " << qVersion() << '\n';
             return kAnswer;
         }
-        return badInput(QStringLiteral("no operation given"), generalHelp());
+        if (parser.isSet("help"))
+            return printHelp(c, line.words);
+        if (line.words.isEmpty())
+            return badInput(QStringLiteral("no operation given"), generalHelp());
+        refuseExtra(c.row.name, c.row.most, c.words, usageOf(c.row));
+        refuseForeignOption(parser, c.row);
+        c.device = deviceOption(parser);
+        showTrace = parser.isSet("trace");
+        if (!showTrace)
+            QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+        return c.row.run(c);
+    } catch (const BadInput& e) {
+        return badInput(e.message, e.usage);
+    } catch (const UsageError& e) {
+        return badInput(QString::fromStdString(e.what()),
+                        e.usage.isEmpty() ? usageOf(c.row) : e.usage);
     }
-    Context context{parser, line.words.first(), line.words.mid(1)};
-    const CommandRow& row = rowOf(context.command);
-    if (parser.isSet(help)) {
-        const QVector<const Operation*> named = findOperations(context.command);
-        if (row.name == QLatin1String("OPERATION") && named.isEmpty())
-            return badInput(
-                QStringLiteral("no command or operation is named %1").arg(context.command),
-                QStringLiteral("dalctl --help lists the commands"));
-        for (const Operation* op : named)
-            out() << "usage: dalctl [options] " << op->usage() << writtenForms(*op) << '\n';
-        out() << (named.isEmpty() ? "" : "\n") << helpOf(row);
-        return kAnswer;
-    }
-    const QString foreign = foreignOption(parser, row);
-    if (!foreign.isEmpty())
-        return badInput(foreign);
-    showTrace = parser.isSet(QStringLiteral("trace"));
-    if (!showTrace)
-        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-    return row.run(context);
-}
-
-QByteArray completionScript() {
-    QStringList commands, operations_, options;
-    for (const CommandRow& row : commandRows())
-        if (row.name != QLatin1String("OPERATION"))
-            commands << row.name;
-    for (const Operation& op : operations())
-        if (!operations_.contains(op.name))
-            operations_ << op.name;
-    for (const OptionRow& o : optionRows())
-        options << QStringLiteral("--") + o.name;
-    options << QStringLiteral("--help") << QStringLiteral("--version");
-    QStringList valued;
-    for (const OptionRow& o : optionRows())
-        if (!o.value.isEmpty())
-            valued << QStringLiteral("--") + o.name;
-    return QStringLiteral(
-               "# bash completion of dalctl, written by `dalctl completion`.\n"
-               "_dalctl() {\n"
-               "    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
-               "    case $prev in\n"
-               "        --device) COMPREPLY=($(compgen -W \"%1\" -- \"$cur\")); return ;;\n"
-               "        --model|--file|--out) COMPREPLY=($(compgen -f -- \"$cur\")); return ;;\n"
-               "        %2) return ;;\n"
-               "    esac\n"
-               "    if [[ $cur == -* ]]; then\n"
-               "        COMPREPLY=($(compgen -W \"%3\" -- \"$cur\"))\n"
-               "    elif (( COMP_CWORD == 1 )) || [[ ${COMP_WORDS[COMP_CWORD-1]} == -* && "
-               "${COMP_WORDS[COMP_CWORD-2]} != --* ]]; then\n"
-               "        COMPREPLY=($(compgen -W \"%4 %5\" -- \"$cur\"))\n"
-               "    fi\n"
-               "}\n"
-               "complete -o default -F _dalctl dalctl\n")
-        .arg(familyNames().join(QLatin1Char(' ')),
-             QStringList(valued)
-                 .filter(QRegularExpression(QStringLiteral("^--(?!device|model|file|out)")))
-                 .join(QLatin1Char('|')),
-             options.join(QLatin1Char(' ')), commands.join(QLatin1Char(' ')),
-             operations_.join(QLatin1Char(' ')))
-        .toUtf8();
 }
