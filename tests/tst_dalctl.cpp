@@ -37,6 +37,13 @@ QByteArray traceLine() {
     return QByteArray();
 }
 
+// `bytes` in a new file of `folder`; its path.
+QString fileOf(const QTemporaryDir& folder, const QByteArray& bytes) {
+    QFile file(folder.filePath(QString::number(qHash(bytes))));
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? file.fileName()
+                                                                                : QString();
+}
+
 // A text quoted by the printout, read as JSON reads a string (the escapes are JSON's).
 QString unquoted(const QString& quoted) {
     const QJsonDocument doc = QJsonDocument::fromJson('[' + quoted.toUtf8() + ']');
@@ -59,6 +66,8 @@ private slots:
     void explainAnswersBeforeInputEnds();
     void sweepSaysReturnedOnce();
     void completion();
+    void manualPage();
+    void decodeDropsFinalLineEnding();
 };
 
 // Bad input: exit 2, nothing on standard output, the problem named on standard error.
@@ -103,6 +112,15 @@ void tst_dalctl::badInput_data() {
     QTest::newRow("explain, keyboard")
         << QStringList{"explain", "--device", "keyboard", "-"}
         << "trace lines come from DalTarsel's families, not keyboard";
+    QTest::newRow("demo, a word") << QStringList{"demo", "x"}
+                                  << "demo takes no arguments; extra: x";
+    QTest::newRow("man, a word") << QStringList{"man", "x"} << "man takes no arguments; extra: x";
+    QTest::newRow("--version, a word")
+        << QStringList{"--version", "x"} << "--version takes no arguments; extra: x";
+    QTest::newRow("sweep, unknown family")
+        << QStringList{"sweep", "XX"} << "unknown family XX: the families are native, T9, T3,";
+    QTest::newRow("model file unread") << QStringList{"--model", "/nonexistent.json", "getSN"}
+                                       << "cannot read /nonexistent.json: ";
 }
 
 void tst_dalctl::badInput() {
@@ -162,6 +180,11 @@ void tst_dalctl::answers_data() {
         << "closest: DalTarsel::getComBoardVer on native, head as sent, which sends no block; "
            "4 more bytes here"
         << "";
+    QTest::newRow("model as JSON text")
+        << QStringList{"--model", " {\"timeout\": 500}", "getComBoardVer"} << 0 << "timeout 500"
+        << "";
+    QTest::newRow("explain, no trace line") << QStringList{"explain", "-"} << 1 << ""
+                                            << "";
     QTest::newRow("list, JSON") << QStringList{"list", "setOsdTextForT9"} << 0
                                 << "# osd: JSON of posX posY"
                                 << "";
@@ -180,8 +203,8 @@ void tst_dalctl::answers() {
 
 // Each command's page describes it alone: its usage, only the options it reads, an example.
 void tst_dalctl::helpPerCommand() {
-    const QStringList commands{"list",   "raw", "demo",       "sweep",    "explain",
-                               "decode", "doc", "completion", "saveScene"};
+    const QStringList commands{"list",   "raw", "demo",       "sweep", "explain",
+                               "decode", "doc", "completion", "man",   "saveScene"};
     QMap<QString, QStringList> options; // the options each page describes
     QSet<QByteArray> pages{dalctl({"--help"}).out};
     for (const QString& command : commands) {
@@ -310,16 +333,14 @@ void tst_dalctl::completion() {
     const Run run = dalctl({"completion"});
     QCOMPARE(run.exitCode, 0);
     QTemporaryDir folder;
-    QFile script(folder.filePath("dalctl.bash"));
-    QVERIFY(script.open(QIODevice::WriteOnly) && script.write(run.out) == run.out.size());
-    script.close();
+    const QString script = fileOf(folder, run.out);
     const auto complete = [&](const QString& words) {
         QProcess bash;
         bash.start("bash",
                    {"-c", QStringLiteral("source %1 && COMP_WORDS=(%2) && "
                                          "COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) && _dalctl && "
                                          "echo \"${COMPREPLY[*]}\"")
-                              .arg(script.fileName(), words)});
+                              .arg(script, words)});
         if (!bash.waitForFinished(20000) || bash.exitCode() != 0)
             return QStringList{"bash failed: " + QString::fromUtf8(bash.readAllStandardError())};
         return QString::fromUtf8(bash.readAllStandardOutput())
@@ -334,6 +355,56 @@ void tst_dalctl::completion() {
     QCOMPARE(complete("dalctl --device V"), QStringList({"VM6S", "VantaZ"}));
     QCOMPARE(complete("dalctl --device k"), QStringList{"keyboard"});
     QCOMPARE(complete("dalctl --device O"), QStringList{"OSD"});
+    QVERIFY(complete("dalctl --device T3 getCom").contains("getComBoardVer"));
+    QCOMPARE(complete("dalctl --json sweep V"), QStringList({"VM6S", "VantaZ"}));
+}
+
+// The page has an entry for every command --help lists and every option (which --help and the
+// completion list alike), and man renders it without a warning.
+void tst_dalctl::manualPage() {
+    const Run page = dalctl({"man"});
+    QCOMPARE(page.exitCode, 0);
+    const QString help = QString::fromUtf8(dalctl({"--help"}).out);
+    const QString roff = QString::fromUtf8(page.out).remove(QRegularExpression(R"(\\f[BIR])"));
+    QStringList commands, options;
+    auto it = QRegularExpression(R"(^  (?:dalctl (\w+)|(--[a-z-]+)))",
+                                 QRegularExpression::MultilineOption)
+                  .globalMatch(help);
+    while (it.hasNext()) {
+        const auto m = it.next();
+        (m.captured(1).isEmpty() ? options : commands) << m.captured(1) + m.captured(2);
+    }
+    const auto completed = QRegularExpression(R"re(compgen -W "(--[^"]+)")re")
+                               .match(QString::fromUtf8(dalctl({"completion"}).out));
+    QCOMPARE(options, completed.captured(1).split(' '));
+    QVERIFY(commands.contains("man") && commands.contains("list"));
+    for (const QString& name :
+         commands.replaceInStrings(QRegularExpression("^"), "dalctl ") + options)
+        QVERIFY2(roff.contains(".TP\n" + QString(name).replace("-", "\\-")), qPrintable(name));
+    if (QStandardPaths::findExecutable("man").isEmpty() ||
+        QStandardPaths::findExecutable("nroff").isEmpty())
+        QSKIP("no man to render the page");
+    QTemporaryDir folder;
+    QProcess man;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("MANROFFSEQ", "");
+    man.setProcessEnvironment(environment);
+    man.start("man", {"--warnings", "-l", fileOf(folder, page.out)});
+    QVERIFY(man.waitForFinished(60000));
+    QCOMPARE(man.readAllStandardError(), QByteArray());
+    QCOMPARE(man.exitCode(), 0);
+    QVERIFY(man.readAllStandardOutput().contains("EXIT STATUS"));
+}
+
+// The final line ending of a file or of standard input ends the text; it is not part of it.
+void tst_dalctl::decodeDropsFinalLineEnding() {
+    QTemporaryDir folder;
+    for (const Run& run :
+         {dalctl({"decode", "--device", "T3", "--file", fileOf(folder, "<GVER>\r\n")}),
+          dalctl({"decode", "--device", "T3", "-"}, "<GVER>\n")}) {
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY2(run.out.contains("text on T3: getComBoardVer()"), run.out.constData());
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_dalctl)
