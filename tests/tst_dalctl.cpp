@@ -386,9 +386,7 @@ void tst_dalctl::manualPage() {
         QSKIP("no man to render the page");
     QTemporaryDir folder;
     QProcess man;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("MANROFFSEQ", "");
-    man.setProcessEnvironment(environment);
+    man.setEnvironment(QProcess::systemEnvironment() << "MANROFFSEQ=");
     man.start("man", {"--warnings", "-l", fileOf(folder, page.out)});
     QVERIFY(man.waitForFinished(60000));
     QCOMPARE(man.readAllStandardError(), QByteArray());
