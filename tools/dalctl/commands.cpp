@@ -635,11 +635,12 @@ void refuseForeignOption(const QCommandLineParser& parser, const CommandRow& row
 // The general help, or the page of the command or operation named.
 int printHelp(const Context& c, const QStringList& words) {
     refuseExtra(QStringLiteral("--help"), 1, words);
+    if (words.isEmpty())
+        return print(generalHelp().toUtf8());
     const QVector<const Operation*> named = findOperations(c.command);
-    if (words.isEmpty() || (c.row.name == "OPERATION" && named.isEmpty()))
-        return words.isEmpty() ? print(generalHelp().toUtf8())
-                               : badInput("no command or operation is named " + c.command,
-                                          QStringLiteral("dalctl --help lists the commands"));
+    if (c.row.name == "OPERATION" && named.isEmpty())
+        throw BadInput{"no command or operation is named " + c.command,
+                       QStringLiteral("dalctl --help lists the commands")};
     for (const Operation* op : named)
         out() << "usage: dalctl [options] " << op->usage() << writtenForms(*op) << '\n';
     out() << (named.isEmpty() ? "" : "\n") << helpOf(c.row);
