@@ -2,7 +2,7 @@
 // kind; each record it queues, fed back in every form decode takes, must come back proven, with
 // the operation that sent it and every value it carries.
 #include "decode.h"
-#include "engine.h"
+#include "engine_detail.h"
 #include "explain.h"
 #include "json_members.h"
 #include "pacing.h"
@@ -13,6 +13,8 @@
 #include <QJsonDocument>
 #include <QRandomGenerator>
 #include <QtTest>
+
+#include <sys/resource.h>
 
 namespace {
 
@@ -63,27 +65,43 @@ public:
                                                          : QJsonValue(gen.bounded(256)));
         return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
     }
-    // The built-in models with a few values of the records the operation reads changed.
-    Models models(const Operation& op) {
+    // An address where the member holds one, else a text.
+    QString textLike(const QString& now) {
+        if (now.count(QLatin1Char('.')) != 3)
+            return text();
+        QStringList octets;
+        for (int i = 0; i < 4; ++i)
+            octets << QString::number(gen.bounded(256));
+        return octets.join(QLatin1Char('.'));
+    }
+    // The built-in models with some of the members that reach the records changed, each to a
+    // value of its kind: integers, decimals, texts and addresses, list entries.
+    Models models(const Call& sample) {
         Models m = Models::defaults();
-        for (const QString& record : op.modelRecords())
-            for (int changes = gen.bounded(1, 6); changes > 0; --changes) {
-                QString path = record;
-                for (QStringList below; !(below = members::children(m, path)).isEmpty();)
-                    path = below[gen.bounded(int(below.size()))];
-                const members::Leaf leaf = members::at(m, path);
-                members::set(m, path,
-                             leaf.kind == args::Kind::Text
-                                 ? text()
-                                 : QString::number(
-                                       gen.bounded(leaf.max > 0 && leaf.max < 256 ? 256 : 4000)));
-            }
+        if (sample.op->modelRecords().isEmpty())
+            return m;
+        const QVector<engine::detail::Variable> reaching =
+            engine::detail::modelMembers(sample, engine::Target{});
+        for (int changes = gen.bounded(1, 6); changes > 0 && !reaching.isEmpty(); --changes) {
+            const engine::detail::Variable& v = reaching[gen.bounded(int(reaching.size()))];
+            const QString now = members::get(m, v.path);
+            members::set(m, v.path,
+                         v.kind == args::Kind::Text ? textLike(now)
+                         : v.kind == args::Kind::Decimal
+                             ? decimal()
+                             : QString::number(gen.bounded(v.max > 0 && v.max < 256 ? 256 : 4000)));
+        }
         return m;
     }
     UtilityValues utility(const Family& family) {
         UtilityValues u;
-        if (!family.codes.isEmpty()) // the OSD box has no device type
-            u.deviceType = family.codes[gen.bounded(int(family.codes.size()))];
+        // Any code whose records the family's routing makes, codes of no family among them.
+        QVector<int> codes;
+        for (const device::Row& row : device::kRows)
+            if (deviceOfCode(row.code).family == &family)
+                codes << row.code;
+        if (!codes.isEmpty()) // the OSD box has no device type
+            u.deviceType = codes[gen.bounded(int(codes.size()))];
         u.subType = gen.bounded(2) ? 0x2C0103 : int(gen.bounded(100));
         u.connectType = gen.bounded(256);
         u.toneVersion = gen.bounded(2) ? QStringLiteral("1.01") : QStringLiteral("2.5");
@@ -92,7 +110,7 @@ public:
         return u;
     }
     Call call(const Operation& op, const Family& family, int tameness) {
-        Call c{&op, {}, models(op), utility(family)};
+        Call c{&op, {}, models(sampleCall(op, family.code)), utility(family)};
         for (const Parameter& p : op.arguments) {
             switch (p.kind) {
             case args::Kind::Boolean:
@@ -201,7 +219,7 @@ struct Input {
 };
 
 // The record in every form decode takes.
-QVector<Input> formsOf(const Outcome& outcome, int k, const Family& ranOn,
+QVector<Input> formsOf(const Outcome& outcome, int k, const Device& ranOn,
                        const QStringList& traced) {
     if (k >= outcome.records.size()) {
         const model_OsdParam& rec = outcome.osdRecords[k - outcome.records.size()];
@@ -216,8 +234,10 @@ QVector<Input> formsOf(const Outcome& outcome, int k, const Family& ranOn,
     }
     const model_Protocoldata& rec = outcome.records[k];
     const Family* family = familyOfCode(rec.deviceType);
-    const std::optional<Device> own =
-        family ? std::optional<Device>(deviceOfCode(rec.deviceType)) : std::nullopt;
+    // Read on the device the call ran on, or on the family the record says it went to.
+    const std::optional<Device> own = family == ranOn.family ? std::optional<Device>(ranOn)
+                                      : family ? std::optional<Device>(deviceOfCode(rec.deviceType))
+                                               : std::nullopt;
     const QByteArray head(reinterpret_cast<const char*>(rec.cmdHead), 8);
     QVector<Input> forms{{"printed", recordText(rec, 1).toUtf8(), {}, engine::wholeRecord(rec)},
                          {"json",
@@ -231,11 +251,33 @@ QVector<Input> formsOf(const Outcome& outcome, int k, const Family& ranOn,
     else
         forms << Input{"5-byte head", (head.mid(2, 5) + rec.arryDatablock).toHex(), own,
                        engine::headAndBlock(head.mid(2, 5), rec.arryDatablock)};
-    if (k < traced.size() && family == &ranOn)
+    if (k < traced.size() && family == ranOn.family)
         forms << Input{"trace", traced[k].toUtf8(), own,
                        engine::traceLine(head.mid(2, 5), rec.arryDatablock, rec.Datablock)};
     return forms;
 }
+
+// Every operation written as one native command: its class, signature and the cells that make
+// CMD and DAT1..DAT4.
+struct SendRow {
+    const char* className;
+    const char* name;
+    const char* params;
+    const char* cells[5];
+};
+
+const SendRow kSendRows[] = {
+#define DAL_SEND(name, params, timeout, cmd, dat1, dat2, dat3, dat4)                               \
+    {CLASS_NAME, #name, #params, {#cmd, #dat1, #dat2, #dat3, #dat4}},
+#define CLASS_NAME "DalTarsel"
+#include "dalTarsel.def"
+#undef CLASS_NAME
+#define DAL_SEND(name, params, timeout, cmd, dat1, dat2, dat3, dat4)                               \
+    {CLASS_NAME, #name, #params, {#cmd, #dat1, #dat2, #dat3, #dat4}},
+#define CLASS_NAME "Dal_Pommet"
+#include "dal_pommet.def"
+#undef CLASS_NAME
+};
 
 } // namespace
 
@@ -244,11 +286,16 @@ class tst_proof : public QObject {
 private slots:
     void initTestCase() {
         dal::pacing::set(std::chrono::milliseconds(0), std::chrono::milliseconds(0));
+        // A fault that keeps every record ever queued fails here, not by filling the machine.
+        const rlimit memory{rlim_t(3) << 30, rlim_t(3) << 30};
+        setrlimit(RLIMIT_AS, &memory);
     }
     void roundTrip_data();
     void roundTrip();
     void changedMemberComesBack_data();
     void changedMemberComesBack();
+    void sendRowMarks_data();
+    void sendRowMarks();
 };
 
 void tst_proof::roundTrip_data() {
@@ -281,16 +328,21 @@ void tst_proof::roundTrip() {
             }
             traced = capture.debug().filter(QStringLiteral("---addToQueue----CMD="));
         }
+        QVERIFY2(outcome.count() < 256, qPrintable(op.name + " queued more records than it sends"));
         for (int k = 0; k < outcome.records.size() + outcome.osdRecords.size(); ++k)
-            for (const Input& form : formsOf(outcome, k, f, traced)) {
+            for (const Input& form : formsOf(outcome, k,
+                                             f.routed() ? deviceOfCode(call.utility.deviceType)
+                                                        : Device{&f, f.code, {}},
+                                             traced)) {
                 const Decoded d = decodeInput(form.input, form.device ? &*form.device : nullptr);
                 QString seen = d.error;
                 const int index = k < outcome.records.size() ? k : k - int(outcome.records.size());
                 if (!found(d, call, index, form.target, seen))
-                    missed << QStringLiteral("%1 %2 [%3] as %4:\n%5\n%6")
+                    missed << QStringLiteral("%1 %2 [%3] on %4, models %5, as %6:\n%7\n%8")
                                   .arg(op.name, call.words.join(' '))
                                   .arg(index + 1)
-                                  .arg(form.name, QString::fromUtf8(form.input.left(300)), seen);
+                                  .arg(deviceCodeText(call.utility.deviceType), call.models.changes,
+                                       form.name, QString::fromUtf8(form.input.left(300)), seen);
                 ++checked;
             }
     }
@@ -359,6 +411,60 @@ void tst_proof::changedMemberComesBack() {
              qPrintable(*found + QStringLiteral(", was ") + named.value));
     // Its JSON, model included, replays the changed record.
     QCOMPARE(run(replayed(after->json())).records.value(0).arryDatablock.toHex(), changed.toHex());
+}
+
+// For every operation written as one native command, decode's marks on its first family name
+// exactly its row's cells for CMD and DAT1..DAT4: a constant is unmarked, a cell naming a
+// parameter or a model member is marked by it, and a cell computing from several names is
+// marked by them (or by the members of a model record it names).
+void tst_proof::sendRowMarks_data() {
+    QTest::addColumn<int>("row");
+    for (int i = 0; i < int(std::size(kSendRows)); ++i)
+        QTest::newRow(kSendRows[i].name) << i;
+}
+
+void tst_proof::sendRowMarks() {
+    QFETCH(int, row);
+    const SendRow& send = kSendRows[row];
+    const auto op = std::find_if(operations().begin(), operations().end(), [&](const Operation& o) {
+        return o.className == QLatin1String(send.className) && o.name == QLatin1String(send.name) &&
+               o.params == QLatin1String(send.params);
+    });
+    QVERIFY(op != operations().end());
+    const QVector<engine::SampleRecord> records =
+        engine::sampleRecords(*op, *familiesOf(op->className).first());
+    QVERIFY(!records.isEmpty());
+    // The names a cell reads: parameters and members, not the functions it calls (a member's
+    // function, such as a list's value(), stands for the member).
+    static const QRegularExpression name(QStringLiteral("(?<![\\w.])([A-Za-z_][\\w.]*)(\\()?"));
+    for (int i = 0; i < 5; ++i) {
+        const QString cell = QLatin1String(send.cells[i]);
+        const QStringList marks = records.first().marks[2 + i];
+        QStringList names;
+        for (auto m = name.globalMatch(cell); m.hasNext();) {
+            const QRegularExpressionMatch next = m.next();
+            if (next.captured(2).isEmpty() || next.captured(1).contains(QLatin1Char('.')))
+                names << next.captured(1).section(QLatin1Char('.'), 0,
+                                                  next.captured(2).isEmpty() ? -1 : -2);
+        }
+        const QString where =
+            QStringLiteral("%1 byte %2 (%3): %4").arg(send.name).arg(i).arg(cell, marks.join(','));
+        if (names.isEmpty())
+            QVERIFY2(marks.isEmpty(), qPrintable(where));
+        else if (names == QStringList{cell})
+            QVERIFY2(marks == names, qPrintable(where));
+        else
+            QVERIFY2(!marks.isEmpty() &&
+                         std::all_of(marks.begin(), marks.end(),
+                                     [&](const QString& m) {
+                                         return std::any_of(
+                                             names.begin(), names.end(), [&](const QString& n) {
+                                                 return m == n || m.startsWith(n + '.') ||
+                                                        m.startsWith(n + '[');
+                                             });
+                                     }),
+                     qPrintable(where));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_proof)

@@ -62,7 +62,7 @@ struct Input {
         d.readings << Reading{QLatin1String(own ? "record" : "OSD record"),
                               engine::wholeRecord(rec),
                               device ? QVector<Device>{*device}
-                              : own  ? QVector<Device>{deviceOfCode(own->deviceType)}
+                              : own  ? devicesTagged(own->deviceType)
                                      : devicesWhere(sendsOsd)};
         records << d;
     }
@@ -356,7 +356,9 @@ Decoded decodeInput(const QByteArray& input, const Device* device, bool asText,
                     const std::function<void(const Decoding&)>& each) {
     if (input.trimmed().isEmpty())
         return refuse(QStringLiteral("nothing to decode"));
-    if (input.contains('\0') || QString::fromUtf8(input).toUtf8() != input)
+    // Sized: Qt 5's overload for a QByteArray stops at a NUL, which a text may hold.
+    const QString text = QString::fromUtf8(input.constData(), int(input.size()));
+    if (text.toUtf8() != input)
         return refuse(QStringLiteral("the input is binary data, not text: decode takes hex, a "
                                      "family's text, a trace line or records as dalctl prints "
                                      "them"));
@@ -364,7 +366,7 @@ Decoded decodeInput(const QByteArray& input, const Device* device, bool asText,
     for (QByteArray line : input.split('\n')) {
         if (line.endsWith('\r'))
             line.chop(1);
-        in.lines << QString::fromUtf8(line);
+        in.lines << QString::fromUtf8(line.constData(), int(line.size()));
     }
     if (!asText && !readLines(in))
         return refuse(in.error);
@@ -380,7 +382,7 @@ Decoded decodeInput(const QByteArray& input, const Device* device, bool asText,
     if (records.isEmpty()) {
         Decoding whole;
         QString error;
-        if (!readWhole(QString::fromUtf8(input), device, asText, whole, error))
+        if (!readWhole(text, device, asText, whole, error))
             return refuse(error);
         records << whole;
     }

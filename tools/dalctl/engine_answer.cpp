@@ -165,6 +165,8 @@ QVector<ByteName> nameBytes(const Call& call, const QVector<Variable>& variables
                             const Target& parts, const QStringList& names,
                             const QStringList& values) {
     QVector<ByteName> named;
+    if (parts.parts.isEmpty()) // an input of texts and numbers alone holds no bytes to name
+        return named;
     const Shape shape = shapeOf(call, variables, k, parts);
     // A head's piece may be the length of the block beside it.
     const QString block = shape.parts.size() > 1 ? shape.parts[1].part.value : QString();
@@ -498,7 +500,7 @@ std::optional<Closest> closestByHead(const Target& target, const QVector<Device>
     long long best = -1;
     for (const Device& device : devices)
         for (const Candidate& c : candidatesFor(head, device)) {
-            const Run run = runOf(c.start);
+            const Run run = runOf(c.starts.first());
             const long long d = apart(run, c.record);
             if (best < 0 || d < best) {
                 best = d;
@@ -515,23 +517,27 @@ Result proveAnew(const Target& target, const QVector<Device>& devices) {
     long long closest = -1;
     const Quiet quiet;
     for (const Device& device : devices)
-        for (const Candidate& c : candidatesFor(target, device)) {
-            Solver solver(c.start, target, c.record);
-            if (solver.solve() &&
-                sentTo(runOf(solver.result()).outcome.deviceType(c.record), *device.family)) {
-                const Answer a = answerOf(solver.result(), device, c.record, target);
-                if (std::none_of(result.answers.begin(), result.answers.end(),
-                                 [&](const Answer& b) { return sameAnswer(a, b); }))
-                    result.answers << a;
-                continue;
+        for (const Candidate& c : candidatesFor(target, device))
+            for (const Call& start : c.starts) {
+                Solver solver(start, target, c.record);
+                if (solver.solve() &&
+                    sentTo(runOf(solver.result()).outcome.deviceType(c.record), *device.family)) {
+                    const Answer a = answerOf(solver.result(), device, c.record, target);
+                    if (std::none_of(result.answers.begin(), result.answers.end(),
+                                     [&](const Answer& b) { return sameAnswer(a, b); }))
+                        result.answers << a;
+                    break;
+                }
+                const long long d = solver.distanceNow();
+                if (closest < 0 || d < closest) {
+                    closest = d;
+                    result.closest =
+                        Closest{c.op->qualifiedName(), device.name(),
+                                differenceOf(runOf(solver.result()), target, c.record)};
+                }
+                if (d > kNearMiss) // only a near miss is worth another start
+                    break;
             }
-            const long long d = solver.distanceNow();
-            if (closest < 0 || d < closest) {
-                closest = d;
-                result.closest = Closest{c.op->qualifiedName(), device.name(),
-                                         differenceOf(runOf(solver.result()), target, c.record)};
-            }
-        }
     if (!result.answers.isEmpty())
         result.closest.reset();
     else if (!result.closest)

@@ -137,13 +137,18 @@ bool cut(const Shape& shape, const Parts& parts, QVector<QStringList>& pieces);
 // ---- which operations to try
 // ---------------------------------------------------------------------
 
-// An operation that may queue the target on a device, and the call to start from.
+// An operation that may queue the target on a device, and the calls to start from, the one
+// whose record comes closest first.
 struct Candidate {
     const Operation* op;
-    Call start;
+    QVector<Call> starts;
     int record; // which of its records, from 0
 };
 QVector<Candidate> candidatesFor(const Target& target, const Device& device);
+// How many runs of a branch a search may start from, and how near a record must come from the
+// first for the next to be tried: a value that chooses the form may hide the others.
+constexpr int kStarts = 3;
+constexpr long long kNearMiss = 16;
 // Whether a record with this device type went to the family (an OSD record has none).
 bool sentTo(std::optional<int> deviceType, const Family& family);
 
@@ -175,6 +180,9 @@ private:
     QVector<Variable> variables;
 };
 
+// Whether a piece is variable i's: alone, one it makes by itself (a model member: with no other
+// member, though an argument may have chosen which member it is), else one it helps make.
+bool reaches(const Piece& piece, const QVector<Variable>& variables, int i, bool alone);
 // A word that gives variable `i`'s pieces what the target holds there (alone: the pieces it
 // alone makes), if one is found.
 std::optional<QString> solveVariable(const Call& call, const Shape& shape, const Target& target,

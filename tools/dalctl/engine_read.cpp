@@ -20,18 +20,15 @@ struct Captures {
     bool operator==(const Captures& o) const { return bytes == o.bytes && texts == o.texts; }
 };
 
-bool reaches(const Piece& piece, int i, bool alone) {
-    return alone ? piece.owners == QVector<int>{i} : piece.owners.contains(i);
-}
-
 QVector<double> numbersIn(const QString& text, bool decimals);
 
-Captures capturesOf(const Shape& shape, const QVector<QStringList>& cutParts, int i, bool alone) {
+Captures capturesOf(const Shape& shape, const QVector<QStringList>& cutParts,
+                    const QVector<Variable>& variables, int i, bool alone) {
     Captures c;
     for (int p = 0; p < shape.parts.size(); ++p) {
         QStringList numbers;
         for (int j = 0; j < shape.parts[p].pieces.size(); ++j) {
-            if (!reaches(shape.parts[p].pieces[j], i, alone))
+            if (!reaches(shape.parts[p].pieces[j], variables, i, alone))
                 continue;
             // A block may hold a text (it prints as one), whose numbers are read as a text's.
             const QString& piece = cutParts[p][j];
@@ -135,10 +132,11 @@ class Reader {
 public:
     Reader(const Call& call, const Shape& shape, const Target& target,
            const QVector<Variable>& variables, int i, bool alone)
-        : call(call), shape(shape), target(target), v(variables[i]), i(i), alone(alone) {
+        : call(call), shape(shape), target(target), variables(variables), v(variables[i]), i(i),
+          alone(alone) {
         QVector<QStringList> pieces;
         cut(shape, target.parts, pieces);
-        wanted = capturesOf(shape, pieces, i, alone);
+        wanted = capturesOf(shape, pieces, variables, i, alone);
     }
 
     std::optional<QString> solve() {
@@ -165,7 +163,7 @@ private:
         QVector<QStringList> pieces;
         if (const auto parts = probe(call, v, word, shape.record, target);
             parts && cut(shape, *parts, pieces))
-            reading = capturesOf(shape, pieces, i, alone);
+            reading = capturesOf(shape, pieces, variables, i, alone);
         readings.insert(word, reading);
         return reading;
     }
@@ -205,6 +203,13 @@ private:
         return all;
     }
 
+    // The value's binary pieces, and all of them together where it reaches several: a piece
+    // others share (a checksum) may cut a value in two.
+    QVector<QByteArray> runs() const {
+        return wanted.pieces.size() > 1 ? wanted.pieces + QVector<QByteArray>{wanted.bytes}
+                                        : wanted.pieces;
+    }
+
     static bool latin1Only(const QString& t) {
         return std::all_of(t.begin(), t.end(), [](QChar c) { return c.unicode() < 0x100; });
     }
@@ -220,7 +225,7 @@ private:
                 words << QString::fromUtf8(bytes.constData(), int(bytes.size()));
             }
         }
-        for (const QByteArray& piece : wanted.pieces) {
+        for (const QByteArray& piece : runs()) {
             const QVector<QByteArray> ways = trimmings(piece);
             for (int way = 0; way < ways.size(); ++way) {
                 const QByteArray& b = ways[way];
@@ -258,7 +263,7 @@ private:
 
     QStringList bytesCandidates() const {
         QStringList words;
-        for (const QByteArray& piece : wanted.pieces)
+        for (const QByteArray& piece : runs())
             for (const QByteArray& b : trimmings(piece)) {
                 words << QString::fromLatin1(b.toHex());
                 // Bytes written into a text as its characters, the text then sent as UTF-8.
@@ -528,6 +533,7 @@ private:
     const Call& call;
     const Shape& shape;
     const Target& target;
+    const QVector<Variable>& variables;
     const Variable& v;
     const int i;
     const bool alone;
@@ -536,6 +542,14 @@ private:
 };
 
 } // namespace
+
+bool reaches(const Piece& piece, const QVector<Variable>& variables, int i, bool alone) {
+    return piece.owners.contains(i) &&
+           (!alone || std::all_of(piece.owners.begin(), piece.owners.end(), [&](int o) {
+               return o == i || (variables[i].where == Variable::Model &&
+                                 variables[o].where != Variable::Model);
+           }));
+}
 
 std::optional<QString> solveVariable(const Call& call, const Shape& shape, const Target& target,
                                      const QVector<Variable>& variables, int i, bool alone) {

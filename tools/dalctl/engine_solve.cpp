@@ -167,10 +167,10 @@ QVector<Variable> Solver::unsettled() const {
 
 namespace {
 
-bool reachesAny(const Shape& shape, int i, bool alone) {
+bool reachesAny(const Shape& shape, const QVector<Variable>& variables, int i, bool alone) {
     for (const PartShape& ps : shape.parts)
         for (const Piece& piece : ps.pieces)
-            if (alone ? piece.owners == QVector<int>{i} : piece.owners.contains(i))
+            if (reaches(piece, variables, i, alone))
                 return true;
     return false;
 }
@@ -248,7 +248,7 @@ bool Solver::solveRound() {
     for (bool alone : {true, false})
         for (int i = 0; i < variables.size() && now > 0; ++i) {
             // Where the constants differ, any value may be the one that chooses.
-            if (!reachesAny(shape, i, alone) && (cutWhole || alone))
+            if (!reachesAny(shape, variables, i, alone) && (cutWhole || alone))
                 continue;
             const std::optional<QString> word =
                 cutWhole ? solveVariable(call, shape, target, variables, i, alone) : std::nullopt;

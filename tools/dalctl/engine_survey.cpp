@@ -376,22 +376,30 @@ QVector<Candidate> candidatesFor(const Target& target, const Device& device) {
                     tag = family.code;
                 if (!sentTo(tag, family) || !endsMatch(entry, b, k, family, target))
                     continue;
-                // The run whose record comes closest is where the search starts.
-                int closest = s.branches[b].first();
-                long long best = -1;
+                // The runs whose records come closest are where the search starts, one run of
+                // each head, block and text.
+                QVector<std::tuple<long long, int, Parts>> near;
                 for (int run : s.branches[b]) {
                     const SurveyRun& r = s.runs[run];
-                    const long long d = distance(
-                        partsFor(r.call, r.outcome, k, target, entry.translateFor), target);
-                    if (best < 0 || d < best) {
-                        closest = run;
-                        best = d;
-                    }
+                    const Parts parts = partsFor(r.call, r.outcome, k, target, entry.translateFor);
+                    Parts bytes;
+                    for (const Part& p : parts)
+                        if (comparedByEnds(p.name))
+                            bytes << p;
+                    if (std::none_of(near.begin(), near.end(),
+                                     [&](const auto& n) { return std::get<2>(n) == bytes; }))
+                        near << std::make_tuple(distance(parts, target), run, bytes);
                 }
-                Call start = s.runs[closest].call;
-                if (family.routed() && s.op->className == family.className)
-                    start.utility.deviceType = device.code;
-                found << Candidate{s.op, start, k};
+                std::stable_sort(near.begin(), near.end(), [](const auto& x, const auto& y) {
+                    return std::get<0>(x) < std::get<0>(y);
+                });
+                Candidate c{s.op, {}, k};
+                for (const auto& n : near.mid(0, kStarts)) {
+                    c.starts << s.runs[std::get<1>(n)].call;
+                    if (family.routed() && s.op->className == family.className)
+                        c.starts.last().utility.deviceType = device.code;
+                }
+                found << c;
             }
         }
     }

@@ -191,12 +191,16 @@ QVector<Variable> modelMembers(const Call& call, const Target& target) {
         return all;
     };
     const auto seen = rendering(base);
+    // Moved a little and a lot: a member may keep the record as it was for one of the moves (the
+    // digit appended to an address's last number may leave its byte).
     auto affects = [&](const QStringList& paths) {
-        Call c = call;
-        for (const QString& path : paths)
-            members::shift(c.models, path, kMemberStep);
-        const Run r = runOf(c);
-        return r.ok != base.ok || rendering(r) != seen;
+        return std::any_of(std::begin(kModelSteps), std::end(kModelSteps), [&](int step) {
+            Call c = call;
+            for (const QString& path : paths)
+                members::shift(c.models, path, step);
+            const Run r = runOf(c);
+            return r.ok != base.ok || rendering(r) != seen;
+        });
     };
     QVector<Variable> found;
     // Halving: a group of members that changes nothing holds none that reaches the records.

@@ -133,6 +133,15 @@ QVector<Device> devicesWhere(const std::function<bool(const Family&)>& keep) {
     return found;
 }
 
+QVector<Device> devicesTagged(int tag) {
+    const Device own = deviceOfCode(tag);
+    QVector<Device> found{own};
+    for (const Device& d : devicesWhere([&](const Family& f) { return &f == own.family; }))
+        if (d.beside && tag == own.family->code)
+            found << d;
+    return found;
+}
+
 QString describeCode(int code) {
     if (familyOfCode(code))
         return QString();

@@ -67,6 +67,9 @@ Device deviceOfCode(int code);
 // The devices a record may have gone to, for the families `keep` keeps: each family's own code,
 // then each run of codes the library treats apart from it.
 QVector<Device> devicesWhere(const std::function<bool(const Family&)>& keep);
+// The devices whose records carry the device type `tag`: its own code's, and the codes the
+// library treats apart beside a family's own code, whose records carry that code.
+QVector<Device> devicesTagged(int tag);
 // What the library does with a code no family has ("0x240000: no family's code; native records,
 // with the layers' container indexes sent (setLayerContainerIndex)"); empty for a family's code.
 QString describeCode(int code);
