@@ -62,7 +62,9 @@ configure_file(cmake/DAL_Manage.pc.in ${CMAKE_CURRENT_BINARY_DIR}/DAL_Manage.pc 
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/DAL_Manage.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# dalctl and its bash completion, where bash-completion looks for it.
+# dalctl, its bash completion, where bash-completion looks for it, and its manual page.
 install(TARGETS dalctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/dalctl.bash
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME dalctl COMPONENT tool)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/dalctl.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+  COMPONENT tool)
