@@ -92,9 +92,11 @@ const Reach& reachOf(const QString& record) {
         return it->second;
     const Models defaults = Models::defaults();
     Reach reach;
-    for (const QString& path : members::children(defaults, record))
-        if (members::at(defaults, path).node == members::Node::Number)
+    for (const QString& path : members::children(defaults, record)) {
+        const members::Leaf leaf = members::at(defaults, path);
+        if (leaf.node == members::Node::Value && leaf.kind == args::Kind::Integer)
             reach.numbers << path;
+    }
     reach.lists = members::lists(defaults, record);
     if (record == QLatin1String("ModelScene"))
         for (int scene = 0; scene < 8; ++scene)

@@ -1,6 +1,6 @@
 // Arbitrary input to decode, explain and --model.
-// Input: one byte, then what is read. The byte's low four bits pick the family the input went
-// to (0: none given, else the family of that place in the list); bits 4 and 5 pick the reader:
+// Input: one byte, then what is read. The byte's low four bits pick the device the input went
+// to (0: none given, else the device of that place among every family's and the codes beside); bits 4 and 5 pick the reader:
 //   0  decode: hex heads and blocks, frames, printed records (escaped texts included), --json
 //      lines, trace lines, a family's text; every answer written as text and as JSON;
 //   1  explain: the input as a log, line by line and as a stream;
@@ -28,7 +28,7 @@ namespace {
 
 void quiet(QtMsgType, const QMessageLogContext&, const QString&) {}
 
-void decode(const QByteArray& input, const Family* device) {
+void decode(const QByteArray& input, const Device* device) {
     const Decoded decoded = decodeInput(input, device, false, [](const Decoding& record) {
         record.text();
         QJsonDocument(record.json()).toJson(QJsonDocument::Compact);
@@ -42,7 +42,7 @@ void decode(const QByteArray& input, const Family* device) {
             }
 }
 
-void explain(const QByteArray& input, const Family* device, bool json) {
+void explain(const QByteArray& input, const Device* device, bool json) {
     long long number = 0;
     for (const QByteArray& line : input.split('\n'))
         explainLine(line + '\n', device, json, ++number);
@@ -65,7 +65,7 @@ QStringList values(const Models& models, const QString& root, int limit) {
         const members::Node node = members::at(models, next[i]).node;
         if (node == members::Node::Missing)
             continue;
-        if (node >= members::Node::Number)
+        if (node == members::Node::Value)
             found << next[i];
         else
             next << members::children(models, next[i]);
@@ -84,7 +84,7 @@ const QVector<const Operation*>& modelReaders() {
     return ops;
 }
 
-void applyModel(const QByteArray& input, const Family* device) {
+void applyModel(const QByteArray& input, const Device* device) {
     if (input.isEmpty())
         return;
     const Operation& op = *modelReaders()[uint8_t(input[0]) % modelReaders().size()];
@@ -92,7 +92,7 @@ void applyModel(const QByteArray& input, const Family* device) {
     call.op = &op;
     call.words = op.sampleWords();
     call.models = Models::defaults();
-    if (device && device->className == op.className)
+    if (device && device->family->className == op.className)
         call.utility.deviceType = device->code;
     if (!call.models.apply(input.mid(1)).isEmpty())
         return;
@@ -121,8 +121,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1)
         return 0;
     const int place = data[0] & 0x0F;
-    const Family* device =
-        place > 0 && place <= families().size() ? &families()[place - 1] : nullptr;
+    static const QVector<Device> devices = devicesWhere([](const Family&) { return true; });
+    const Device* device = place > 0 && place <= devices.size() ? &devices[place - 1] : nullptr;
     const bool json = data[0] & 0x80;
     const QByteArray rest(reinterpret_cast<const char*>(data + 1), int(size - 1));
     switch ((data[0] >> 4) & 3) {
