@@ -110,8 +110,12 @@ const _KeyParam* keyEntry(const Model_PommetParam& param, int kind, int group, i
     const long long index =
         table ? static_cast<long long>(group) * kKeysPerGroup + key - table->firstCode : key;
     if (index < 0 || index >= entries.size()) {
-        qWarning("%s: key %d of kind %d, group %d is outside the table of %d keys", operation, key,
-                 kind, group, int(entries.size()));
+        // Named by the key codes that reach the table from this group.
+        const long long first =
+            table ? table->firstCode - static_cast<long long>(group) * kKeysPerGroup : 0;
+        qWarning("%s: key %d of kind %d, group %d is outside the table: its key codes run "
+                 "%lld..%lld",
+                 operation, key, kind, group, first, first + entries.size() - 1);
         return nullptr;
     }
     return &entries[index];

@@ -121,6 +121,20 @@ void tst_dalctl::badInput_data() {
         << QStringList{"sweep", "XX"} << "unknown family XX: the families are native, T9, T3,";
     QTest::newRow("model file unread") << QStringList{"--model", "/nonexistent.json", "getSN"}
                                        << "cannot read /nonexistent.json: ";
+    QTest::newRow("model, an array")
+        << QStringList{"--model", "[]", "getSN"} << "--model JSON: the models are a JSON object";
+    QTest::newRow("model, not JSON")
+        << QStringList{"--model", "{", "getSN"} << "--model JSON: not JSON: ";
+    QTest::newRow("model, a fraction for an integer")
+        << QStringList{"--model", R"({"ModelTarsel":{"timeout":1.5}})", "getComBoardVer"}
+        << "ModelTarsel.timeout is 1.5, not an integer";
+    QTest::newRow("model, unknown member")
+        << QStringList{"--model", R"({"previewPort":[1]})", "getSN"}
+        << "no model record has a member named previewPort";
+    QTest::newRow("decimal, nan") << QStringList{"setHdrGamma", "3000", "1", "nan"}
+                                  << "\"nan\" is not a decimal number";
+    QTest::newRow("decimal, inf") << QStringList{"setHdrGamma", "3000", "1", "inf"}
+                                  << "\"inf\" is not a decimal number";
 }
 
 void tst_dalctl::badInput() {
@@ -154,7 +168,8 @@ void tst_dalctl::answers_data() {
         << "";
     QTest::newRow("queues nothing")
         << QStringList{"setKeyLed", "1", "1", "1"} << 1 << "no record queued"
-        << "warning: setKeyLed: key 1 of kind 1, group 1 is outside the table of 80 keys\n";
+        << "warning: setKeyLed: key 1 of kind 1, group 1 is outside the table: its key codes run "
+           "89..168\n";
     QTest::newRow("list, nothing matches") << QStringList{"list", "nothingmatches"} << 1 << ""
                                            << "dalctl: no operation matches nothingmatches\n";
     QTest::newRow("OSD by name") << QStringList{"--device", "OSD", "clearScreen", "tag1"} << 0
@@ -182,6 +197,28 @@ void tst_dalctl::answers_data() {
         << "";
     QTest::newRow("model as JSON text")
         << QStringList{"--model", " {\"timeout\": 500}", "getComBoardVer"} << 0 << "timeout 500"
+        << "";
+    // A list given in part keeps its other entries: scene 1's date block still has its layers.
+    QTest::newRow("model, a list in part")
+        << QStringList{"--model",
+                       R"({"ModelScene":{"sceneList":[{},{"layerList":[{"regionA":{"x":10}}]}]}})",
+                       "--json", "setSceneDate", "1"}
+        << 0
+        << R"("arryDatablock":"0a000a004001b4000a00000080026801000000ff006e003c004001b400640032008)"
+           R"(0026801000000ff01d2006e004001b400c800640080026801000000ff023601a0004001b4002c01)"
+           R"(960080026801000000ff03000102030405060708090a0b0c0d0e0f015f")"
+        << "";
+    QTest::newRow("model, one member of every record, a list")
+        << QStringList{"--model", R"({"previewPorts":[0,1,77]})", "setPreviewPort"} << 0
+        << "arryDatablock (5 bytes): 00014d0351"
+        << "";
+    QTest::newRow("model, a record's own member wins")
+        << QStringList{"--model", R"({"timeout":500,"ModelScene":{"timeout":100}})", "--json",
+                       "setSceneDate", "1"}
+        << 0 << R"("timeout":100})"
+        << "";
+    QTest::newRow("sample buffer holds its length")
+        << QStringList{"sweep", "keyboard"} << 0 << "Dal_Pommet::getBlock 0102030405060708 8\n"
         << "";
     QTest::newRow("explain, no trace line") << QStringList{"explain", "-"} << 1 << ""
                                             << "";

@@ -288,7 +288,7 @@ void tst_keyboard::refusedAtIntLimits() {
             single ? Dal_Pommet().setKeyLed(1, group, key, p)
                    : Dal_Pommet().setGroupKeyLed(1, group, p);
         },
-        single ? "setKeyLed" : "setGroupKeyLed", "is outside the table of 80 keys");
+        single ? "setKeyLed" : "setGroupKeyLed", "is outside the table");
 }
 
 // Sixteen labels of the longest lines an entry holds outgrow the keyboard's block.

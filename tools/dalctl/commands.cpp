@@ -335,7 +335,7 @@ UtilityValues utilityFrom(const QCommandLineParser& parser, const Device& device
 Models modelsFrom(const QCommandLineParser& parser) {
     Models models = Models::defaults();
     const QString given = parser.value("model");
-    const bool text = given.trimmed().startsWith('{');
+    const bool text = given.trimmed().startsWith('{') || given.trimmed().startsWith('[');
     const QString problem =
         !parser.isSet("model") ? QString() : models.apply(text ? given.toUtf8() : readInput(given));
     if (!problem.isEmpty())

@@ -324,6 +324,10 @@ QString applyScalar(T& value, const QJsonValue& json, const QString& path) {
             return wrong;
         const double number = json.toDouble();
         if constexpr (std::is_integral_v<T>) {
+            if (number != std::floor(number))
+                return QStringLiteral("model member %1 is %2, not an integer")
+                    .arg(path)
+                    .arg(number);
             // Within the member's type, as 2^digits bounds it (exclusive above).
             const double above = std::ldexp(1.0, std::numeric_limits<T>::digits);
             if (!(number >= (std::is_signed_v<T> ? -above : 0.0) && number < above))
@@ -359,8 +363,10 @@ QString applyJson(T& value, const QJsonValue& json, const QString& path) {
         if (!json.isArray())
             return QStringLiteral("%1 must hold a JSON array").arg(path);
         const QJsonArray array = json.toArray();
+        // The entries the array names change; the list's others stay as they are.
         if constexpr (node == Node::List)
-            resizeList(value, int(array.size()), typename ListOf<T>::Element{});
+            resizeList(value, std::max(int(array.size()), sizeOf(value)),
+                       value.isEmpty() ? typename ListOf<T>::Element{} : value.last());
         else if (array.size() > sizeOf(value))
             return QStringLiteral("%1 holds %2 entries, not %3")
                 .arg(path)
@@ -719,32 +725,39 @@ const Models& Models::defaults() {
 QString Models::apply(const QByteArray& text) {
     QJsonParseError parseError;
     const QJsonDocument doc = QJsonDocument::fromJson(text, &parseError);
+    if (parseError.error != QJsonParseError::NoError)
+        return QStringLiteral("not JSON: %1 at offset %2")
+            .arg(parseError.errorString())
+            .arg(parseError.offset);
     if (!doc.isObject())
-        return QStringLiteral("model file is not a JSON object: %1").arg(parseError.errorString());
+        return QStringLiteral("the models are a JSON object ({\"ModelScene\": {...}} or "
+                              "{\"timeout\": 500}), not an array");
     const QJsonObject root = doc.object();
     changes += QString::fromUtf8(QJsonDocument(root).toJson(QJsonDocument::Compact)) + '\x1f';
-    for (auto it = root.begin(); it != root.end(); ++it) {
-        QString error;
-        bool found = false;
-        forEach(*this, [&](const char* record, auto& model) {
-            if (it.key() == QLatin1String(record)) {
-                found = true;
-                error = applyJson(model, it.value(), it.key());
-                return;
-            }
-            // A top-level member by itself changes every record that has it.
-            forEach(model, [&](const char* name, auto& member) {
-                if (error.isEmpty() && it.key() == QLatin1String(name) &&
-                    nodeOf<Bare<decltype(member)>>() == Node::Value) {
+    // One member of every record first, so that what a record's own object says wins.
+    for (const bool wholeRecords : {false, true})
+        for (auto it = root.begin(); it != root.end(); ++it) {
+            QString error;
+            bool found = false;
+            forEach(*this, [&](const char* record, auto& model) {
+                if (it.key() == QLatin1String(record)) {
                     found = true;
-                    error = applyJson(member, it.value(), it.key());
+                    if (wholeRecords)
+                        error = applyJson(model, it.value(), it.key());
+                    return;
                 }
+                forEach(model, [&](const char* name, auto& member) {
+                    if (error.isEmpty() && it.key() == QLatin1String(name)) {
+                        found = true;
+                        if (!wholeRecords)
+                            error = applyJson(member, it.value(), it.key());
+                    }
+                });
             });
-        });
-        if (error.isEmpty() && !found)
-            error = QStringLiteral("no model record has a member named %1").arg(it.key());
-        if (!error.isEmpty())
-            return error;
-    }
+            if (error.isEmpty() && !found)
+                error = QStringLiteral("no model record has a member named %1").arg(it.key());
+            if (!error.isEmpty())
+                return error;
+        }
     return QString();
 }

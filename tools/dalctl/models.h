@@ -27,10 +27,10 @@ struct Models {
     QString changes;
 
     static const Models& defaults();
-    // Applies {"ModelScene": {...}, ...}: whole records or any part of them, lists included (a
-    // list given holds as many entries as its array, each starting from the entry it replaces),
-    // or {"member": value} for every record with that top-level member. Returns an error text,
-    // empty on success.
+    // Applies {"ModelScene": {...}, ...}: whole records or any part of them, lists included (an
+    // array changes the entries it names and keeps the others, adding those past the end), and
+    // {"member": value} for every record with that top-level member, which a record's own
+    // object overrides. Returns an error text, empty on success.
     QString apply(const QByteArray& json);
 };
 

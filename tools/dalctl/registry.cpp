@@ -68,10 +68,21 @@ const QVector<Operation>& operations() {
     return ops;
 }
 
+// Each kind's sample, but where a call would then queue nothing: a length names its buffer's
+// bytes, and a key is the first code of kind 1's table, which the sample kind names.
 QStringList Operation::sampleWords() const {
     QStringList words;
-    for (const Parameter& p : arguments)
-        words << QString::fromUtf8(args::infoOf(p.kind).sample);
+    int bufferBytes = 0;
+    for (const Parameter& p : arguments) {
+        QString word = QString::fromUtf8(args::infoOf(p.kind).sample);
+        if (p.kind == args::Kind::Bytes)
+            bufferBytes = int(args::parseHex(word).size());
+        else if (p.name == QLatin1String("len") && bufferBytes > 0)
+            word = QString::number(bufferBytes);
+        else if (p.name == QLatin1String("key") && className == QLatin1String("Dal_Pommet"))
+            word = QStringLiteral("105");
+        words << word;
+    }
     return words;
 }
 
