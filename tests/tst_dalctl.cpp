@@ -199,6 +199,9 @@ void tst_dalctl::answers_data() {
         << QStringList{"--model", " {\"timeout\": 500}", "getComBoardVer"} << 0 << "timeout 500"
         << "";
     // A list given in part keeps its other entries: scene 1's date block still has its layers.
+    QTest::newRow("short name in the device's class")
+        << QStringList{"--device", "keyboard", "getSN"} << 0 << "device 0x400000 (keyboard)"
+        << "";
     QTest::newRow("model, a list in part")
         << QStringList{"--model",
                        R"({"ModelScene":{"sceneList":[{},{"layerList":[{"regionA":{"x":10}}]}]}})",

@@ -388,14 +388,17 @@ QString writtenForms(const Operation& op) {
 // ---- the commands' handlers --------------------------------------------------------------------
 
 int runOperation(Context& c) {
-    const Operation& op = operationFor(c.command, c.words);
+    // A short name is looked up first in the class that sends to the device named.
+    const QString own = c.device ? c.device->family->className + "::" + c.command : QString();
+    const bool ownClass = !c.command.contains("::") && !findOperations(own).isEmpty();
+    const Operation& op = operationFor(ownClass ? own : c.command, c.words);
     // A family the class never sends to is refused; a code no family has runs as the library
     // runs it.
-    const QVector<const Family*> own = familiesOf(op.className);
-    const Device device = c.device.value_or(Device{own.first(), own.first()->code, {}});
-    if (device.ofFamily() && !own.contains(device.family)) {
+    const QVector<const Family*> sending = familiesOf(op.className);
+    const Device device = c.device.value_or(Device{sending.first(), sending.first()->code, {}});
+    if (device.ofFamily() && !sending.contains(device.family)) {
         QStringList names;
-        for (const Family* f : own)
+        for (const Family* f : sending)
             names << f->name;
         throw BadInput{
             QStringLiteral("%1 is an operation of %2, which never sends to the %3 "
