@@ -9,6 +9,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <vector>
 
 using registry_detail::makeOperation;
 
@@ -45,22 +46,25 @@ QVector<Operation> buildOperations() {
 } // namespace
 
 int editDistance(QStringView a, QStringView b, Qt::CaseSensitivity cs) {
-    QVector<int> row(int(b.size()) + 1);
+    // One row of the table, kept between calls: the engine asks this in its inner loops.
+    thread_local std::vector<int> row;
+    row.resize(size_t(b.size()) + 1);
     for (int j = 0; j <= b.size(); ++j)
         row[j] = j;
+    const auto same = [cs](QChar x, QChar y) {
+        return x == y || (cs == Qt::CaseInsensitive && x.toLower() == y.toLower());
+    };
     for (int i = 1; i <= a.size(); ++i) {
         int diagonal = row[0];
         row[0] = i;
+        const QChar x = a[i - 1];
         for (int j = 1; j <= b.size(); ++j) {
             const int above = row[j];
-            const QChar x = a[i - 1], y = b[j - 1];
-            const int cost =
-                (cs == Qt::CaseSensitive ? x == y : x.toLower() == y.toLower()) ? 0 : 1;
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + cost});
+            row[j] = std::min({above + 1, row[j - 1] + 1, diagonal + (same(x, b[j - 1]) ? 0 : 1)});
             diagonal = above;
         }
     }
-    return row[b.size()];
+    return row[size_t(b.size())];
 }
 
 const QVector<Operation>& operations() {
