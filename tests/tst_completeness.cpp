@@ -59,11 +59,6 @@ const QStringList kQueueNothing = {
     "Dal_Pommet::setCheckSum",
     "dal_Osd::getBlock",
     "dal_Osd::setCheckSum",
-    // The sample key 1 lies below every kind's first key code.
-    "Dal_Pommet::setKeyLed",
-    "Dal_Pommet::setKeyLed_New",
-    "Dal_Pommet::setKeyOled_P5",
-    "Dal_Pommet::setKeyOled_New",
 };
 
 int cell(const char* text) {

@@ -220,8 +220,9 @@ void tst_dalctl::answers_data() {
                        "setSceneDate", "1"}
         << 0 << R"("timeout":100})"
         << "";
-    QTest::newRow("sample buffer holds its length")
-        << QStringList{"sweep", "keyboard"} << 0 << "Dal_Pommet::getBlock 0102030405060708 8\n"
+    QTest::newRow("sample key in the flat table")
+        << QStringList{"sweep", "keyboard"} << 0
+        << "== keyboard: Dal_Pommet::setKeyLed 0 1 1\nrecord 1: device 0x400000"
         << "";
     QTest::newRow("explain, no trace line") << QStringList{"explain", "-"} << 1 << ""
                                             << "";

@@ -72,21 +72,18 @@ const QVector<Operation>& operations() {
     return ops;
 }
 
-// Each kind's sample, but where a call would then queue nothing: a length names its buffer's
-// bytes, and a key is the first code of kind 1's table, which the sample kind names.
+// Each kind's sample (a buffer's eight bytes hold the one byte a sample `len` names), but a key
+// is addressed in the keyboard's flat table (kind 0), where any code is one: kind 1's table
+// starts at code 105.
 QStringList Operation::sampleWords() const {
+    const bool addressesKey =
+        std::any_of(arguments.begin(), arguments.end(),
+                    [](const Parameter& p) { return p.name == QLatin1String("key"); });
     QStringList words;
-    int bufferBytes = 0;
-    for (const Parameter& p : arguments) {
-        QString word = QString::fromUtf8(args::infoOf(p.kind).sample);
-        if (p.kind == args::Kind::Bytes)
-            bufferBytes = int(args::parseHex(word).size());
-        else if (p.name == QLatin1String("len") && bufferBytes > 0)
-            word = QString::number(bufferBytes);
-        else if (p.name == QLatin1String("key") && className == QLatin1String("Dal_Pommet"))
-            word = QStringLiteral("105");
-        words << word;
-    }
+    for (const Parameter& p : arguments)
+        words << (p.name == QLatin1String("kind") && addressesKey
+                      ? QStringLiteral("0")
+                      : QString::fromUtf8(args::infoOf(p.kind).sample));
     return words;
 }
 
