@@ -536,15 +536,27 @@ QJsonObject json(const Models& m, const QStringList& paths) {
 
 } // namespace members
 
-// ---- the built-in records
-// ------------------------------------------------------------------------
+// ---- the built-in records ---------------------------------------------------------------------
 
 namespace {
 
-constexpr int kDefaultTimeout = 3000;
-constexpr int kCount = 4; // outputs, sources, layers, containers, scenes
-constexpr int kBoards = 2;
-constexpr int kBanks = 16;
+// The built-in values that are not lists of distinct entries: a time-out of 3000 ms, small
+// counts, a 1080p60 output timing, a one-second alpha time, addresses of every kind.
+constexpr char kBuiltIn[] = R"({"timeout": 3000,
+    "ModelTarsel": {"maxOutputCount": 4, "maxSourceCount": 4, "maxOutPutBoardCount": 2,
+        "maxLayerCount": 4, "maxInputBoardCount": 2, "maxContainerCount": 4, "outHTotal": 2200,
+        "outVTotal": 1125, "outHSize": 1920, "outVSize": 1080, "outHPos": 192, "outVPos": 41,
+        "outSyncWidth": 44, "recallDelayTime": 5, "allOutputsBrightness": 80,
+        "h264InputWorkModes": [1, 1, 1, 1], "byPassModes": [1, 1, 1, 1],
+        "input3DStates": [1, 1, 1, 1], "dns": "192.168.0.1", "maskIP": "255.255.255.0",
+        "ip": "192.168.0.10", "gateWayIP": "192.168.0.1", "streamInputIp": "192.168.1.20",
+        "streamInputMask": "255.255.255.0", "streamInputGateway": "192.168.1.1",
+        "streamInputPort": 554},
+    "ModelScene": {"maxLayerCount": 4, "maxBankCount": 16, "maxContainerCount": 4,
+        "outAlphaTime": 1000},
+    "ModelBankPlayer": {"year": 2024, "month": 1, "day": 1, "weekday": 1, "hours": 12,
+        "autoLoopTimes": [1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1]},
+    "Model_PommetParam": {"waitTime": 3000, "lockValue": 1}})";
 
 _LayerParam_Desktop defaultLayer(int scene, int layer) {
     _LayerParam_Desktop p;
@@ -559,9 +571,9 @@ _LayerParam_Desktop defaultLayer(int scene, int layer) {
 
 // Lists of the data-block commands: one entry per output (plus the all-outputs DE entry), per
 // container, per layer and per input, with distinct values so that a swapped field shows.
-void addBlockDefaults(Models& m) {
+void addBlockDefaults(Models& m, int count) {
     ModelTarsel& t = m.tarsel;
-    for (int i = 0; i < kCount; ++i) {
+    for (int i = 0; i < count; ++i) {
         _InProperty_4K_60 in;
         _InPropertyCrop_4K_60 crop;
         for (int k = 0; k < 13; ++k)
@@ -602,8 +614,8 @@ void addBlockDefaults(Models& m) {
         take.takeValue2 = static_cast<unsigned char>(i + 2);
         m.scene.takes.append(take);
 
-        QVector<_OutProperty> group(kCount);
-        for (int item = 0; item < kCount; ++item) {
+        QVector<_OutProperty> group(count);
+        for (int item = 0; item < count; ++item) {
             group[item].outProp23 = item;
             group[item].outProp26 = 100 * item;
             group[item].outProp27 = 50 * item;
@@ -612,14 +624,8 @@ void addBlockDefaults(Models& m) {
         }
         m.scene.outProperties.append(group);
     }
-    for (int i = 0; i <= kCount; ++i) // the last entry stands for all outputs
+    for (int i = 0; i <= count; ++i) // the last entry stands for all outputs
         t.deInfos.append({1, 0, 0, 1920, 1080, i, 0, 0, 0, 0, 0});
-    t.allOutputsBrightness = 80;
-    t.streamInputIp = QStringLiteral("192.168.1.20");
-    t.streamInputMask = QStringLiteral("255.255.255.0");
-    t.streamInputGateway = QStringLiteral("192.168.1.1");
-    t.streamInputPort = 554;
-
     for (int i = 0; i < 144; ++i)
         m.bankPlayer.loopTimings.append(static_cast<unsigned char>(i));
     for (int i = 0; i < 128; ++i)
@@ -646,72 +652,28 @@ void fillKeys(QVector<_KeyParam>& keys, int kind) {
     }
 }
 
-} // namespace
-
-namespace {
-
 Models builtIn() {
     Models m;
-    m.tarsel.timeout = kDefaultTimeout;
-    m.tarsel.maxOutputCount = kCount;
-    m.tarsel.maxSourceCount = kCount;
-    m.tarsel.maxOutPutBoardCount = kBoards;
-    m.tarsel.maxLayerCount = kCount;
-    m.tarsel.maxInputBoardCount = kBoards;
-    m.tarsel.maxContainerCount = kCount;
-    // A 1080p60 output timing and a one-second alpha time, so that both DAT bytes carry data.
-    m.tarsel.outHTotal = 2200;
-    m.tarsel.outVTotal = 1125;
-    m.tarsel.outHSize = 1920;
-    m.tarsel.outVSize = 1080;
-    m.tarsel.outHPos = 192;
-    m.tarsel.outVPos = 41;
-    m.tarsel.outSyncWidth = 44;
-    m.tarsel.recallDelayTime = 5;
-    for (int i = 0; i < kCount; ++i)
-        m.tarsel.h264InputWorkModes.append(1);
-    for (int port = 0; port < kCount; ++port) {
-        m.tarsel.byPassModes.append(1);
-        m.tarsel.input3DStates.append(1);
-    }
-    m.tarsel.dns = QStringLiteral("192.168.0.1");
-    m.tarsel.maskIP = QStringLiteral("255.255.255.0");
-    m.tarsel.ip = QStringLiteral("192.168.0.10");
-    m.tarsel.gateWayIP = QStringLiteral("192.168.0.1");
-
-    m.bankPlayer.timeout = kDefaultTimeout;
-    m.bankPlayer.year = 2024;
-    m.bankPlayer.month = 1;
-    m.bankPlayer.day = 1;
-    m.bankPlayer.weekday = 1;
-    m.bankPlayer.hours = 12;
-    for (int bank = 0; bank < kBanks; ++bank)
-        m.bankPlayer.autoLoopTimes.append(1);
-
-    m.scene.timeout = kDefaultTimeout;
-    m.scene.maxLayerCount = kCount;
-    m.scene.maxBankCount = kBanks;
-    m.scene.maxContainerCount = kCount;
-    m.keyboard.waitTime = kDefaultTimeout;
-    m.keyboard.lockValue = 1;
-    fillKeys(m.keyboard.keysKind1, 1);
-    fillKeys(m.keyboard.keysKind2, 2);
-    fillKeys(m.keyboard.keysKind3, 3);
-    fillKeys(m.keyboard.keysKind5, 5);
-    fillKeys(m.keyboard.keysKind6, 6);
-    fillKeys(m.keyboard.keysOther, 0);
-
-    m.scene.outAlphaTime = 1000;
-    for (int s = 0; s < kCount; ++s) {
+    m.apply(kBuiltIn);
+    m.changes.clear(); // the built-in records are where changes count from
+    for (auto [keys, kind] : {std::pair{&m.keyboard.keysKind1, 1},
+                              {&m.keyboard.keysKind2, 2},
+                              {&m.keyboard.keysKind3, 3},
+                              {&m.keyboard.keysKind5, 5},
+                              {&m.keyboard.keysKind6, 6},
+                              {&m.keyboard.keysOther, 0}})
+        fillKeys(*keys, kind);
+    const int count = m.tarsel.maxOutputCount; // outputs, sources, layers, containers, scenes
+    for (int s = 0; s < count; ++s) {
         _Scene_Layer scene;
-        for (int l = 0; l < kCount; ++l)
+        for (int l = 0; l < count; ++l)
             scene.layerList.append(defaultLayer(s, l));
-        for (int b = 0; b < kBanks; ++b)
+        for (int b = 0; b < m.scene.maxBankCount; ++b)
             scene.bankValues[b] = static_cast<unsigned char>(b);
         scene.backgroundIndex = static_cast<unsigned char>(s);
         m.scene.sceneList.append(scene);
     }
-    addBlockDefaults(m);
+    addBlockDefaults(m, count);
     return m;
 }
 
