@@ -276,32 +276,6 @@ QString wordOf(const T& value) {
         return QString::number(static_cast<long long>(value));
 }
 
-template <class T>
-bool setWord(T& value, const QString& word) {
-    if constexpr (std::is_same_v<T, QString>) {
-        value = word;
-        return true;
-    } else {
-        bool ok = false;
-        if constexpr (std::is_same_v<T, bool>) {
-            const bool yes = word == QLatin1String("true") || word == QLatin1String("1");
-            ok = yes || word == QLatin1String("false") || word == QLatin1String("0");
-            value = yes;
-        } else if constexpr (std::is_floating_point_v<T>) {
-            const double d = word.toDouble(&ok);
-            if (ok)
-                value = static_cast<T>(d);
-        } else {
-            const long long n = word.toLongLong(&ok);
-            ok = ok && n >= static_cast<long long>(std::numeric_limits<T>::min()) &&
-                 n <= static_cast<long long>(std::numeric_limits<T>::max());
-            if (ok)
-                value = static_cast<T>(n);
-        }
-        return ok;
-    }
-}
-
 // ---- JSON
 // ------------------------------------------------------------------------------------------
 
@@ -340,6 +314,22 @@ QString applyScalar(T& value, const QJsonValue& json, const QString& path) {
         value = static_cast<T>(number);
     }
     return QString();
+}
+
+// A value from its word, as --model would read it: true, false, 1 or 0 for a flag, a number in
+// decimal for an integer or a decimal, anything for a text.
+template <class T>
+bool setWord(T& value, const QString& word) {
+    QJsonValue json = word;
+    bool ok = true;
+    if constexpr (std::is_same_v<T, bool>) {
+        ok = word == QLatin1String("true") || word == QLatin1String("false") ||
+             word == QLatin1String("1") || word == QLatin1String("0");
+        json = word == QLatin1String("true") || word == QLatin1String("1");
+    } else if constexpr (std::is_arithmetic_v<T>) {
+        json = word.toDouble(&ok);
+    }
+    return ok && applyScalar(value, json, QString()).isEmpty();
 }
 
 template <class T>
