@@ -50,10 +50,6 @@ const QStringList kQueueNothing = {
     "DalTarsel::setOutPortEdid",
     "DalTarsel::getEquipmentClock",
     "DalTarsel::setLayerContainerIndex", // not a device that takes it
-    "DalTarsel::setPreviewFontColor",
-    "DalTarsel::setPreviewFrameColor", // "text" is no colour
-    "DalTarsel::setH265FontColor",
-    "DalTarsel::setH265FrameColor",
     "DalTarsel::setCurContainerIndexForT9", // only a KR2 is told
     "Dal_Pommet::getBlock",
     "Dal_Pommet::setCheckSum",

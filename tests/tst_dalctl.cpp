@@ -226,6 +226,9 @@ void tst_dalctl::answers_data() {
         << "";
     QTest::newRow("explain, no trace line") << QStringList{"explain", "-"} << 1 << ""
                                             << "";
+    QTest::newRow("list, colour") << QStringList{"list", "setH265FrameColor"} << 0
+                                  << "# color: colour #rrggbb\n"
+                                  << "";
     QTest::newRow("list, JSON") << QStringList{"list", "setOsdTextForT9"} << 0
                                 << "# osd: JSON of posX posY"
                                 << "";

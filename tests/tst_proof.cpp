@@ -125,6 +125,9 @@ public:
             case args::Kind::Bytes:
                 c.words << bytes();
                 break;
+            case args::Kind::Colour:
+                c.words << QStringLiteral("#%1").arg(gen.bounded(1 << 24), 6, 16, QLatin1Char('0'));
+                break;
             case args::Kind::Numbers:
             case args::Kind::DashNumbers:
                 c.words << numbers(

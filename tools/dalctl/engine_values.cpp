@@ -168,7 +168,9 @@ QVector<Variable> variablesOf(const Call& call) {
                 all << Variable{Variable::Member, i,       -1,     QLatin1String(m.name),
                                 kindOf(m.kind),   INT_MIN, INT_MAX};
         } else {
-            all << Variable{Variable::Argument, i, -1, QString(), p.kind, p.min, p.max};
+            // A colour is probed and read as the text it is.
+            const Kind kind = p.kind == Kind::Colour ? Kind::Text : p.kind;
+            all << Variable{Variable::Argument, i, -1, QString(), kind, p.min, p.max};
         }
     }
     for (const UtilityOption& o : utilityOptions())

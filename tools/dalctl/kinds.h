@@ -5,13 +5,15 @@ namespace args {
 // The kinds of value dalctl reads and writes: a parameter's, a model member's, a JSON member's,
 // a record field's. Each kind's facts stand beside it: its written form as `dalctl list` shows
 // it, the word sample calls take, and another word, of another length where the kind has one.
-// Model and Out take no word: a model record comes from the built-in models or --model, and an
-// out-parameter is written by the operation and shown after the call.
+// A colour is a text parameter named `color`. Model and Out take no word: a model record comes from
+// the built-in models or --model, and an out-parameter is written by the operation and shown after
+// the call.
 #define DAL_KINDS(X)                                                                               \
     X(Integer, "integer", "1", "2")                                                                \
     X(Boolean, "true|false", "true", "false")                                                      \
     X(Decimal, "decimal", "1.5", "2.25")                                                           \
     X(Text, "text", "t\u00e9xt \"\u2713\"", "ab")                                                  \
+    X(Colour, "colour #rrggbb", "#102030", "#a0b0c0")                                              \
     X(Bytes, "hex bytes", "0102030405060708", "0a0b0c")                                            \
     X(Numbers, "numbers 1,2,3", "1,2", "3,4,5")                                                    \
     X(DashNumbers, "numbers 1-2-3", "1-2", "3-4-5")                                                \

@@ -136,6 +136,8 @@ Operation describe(const char* className, const char* name, const char* params) 
     for (Parameter& p : op.parameters) {
         if (p.type == QLatin1String("DashNumbers"))
             p.kind = args::Kind::DashNumbers;
+        if (p.kind == args::Kind::Text && p.name == QLatin1String("color"))
+            p.kind = args::Kind::Colour;
         if (p.takesArgument())
             op.arguments << p;
     }
