@@ -226,6 +226,10 @@ void tst_dalctl::answers_data() {
         << "";
     QTest::newRow("explain, no trace line") << QStringList{"explain", "-"} << 1 << ""
                                             << "";
+    QTest::newRow("padded text, one set of answers")
+        << QStringList{"decode", "  <GVER>  "} << 0
+        << "text \"<GVER>\"\n  text on T3: getComBoardVer()\n    replay:"
+        << "";
     QTest::newRow("list, colour") << QStringList{"list", "setH265FrameColor"} << 0
                                   << "# color: colour #rrggbb\n"
                                   << "";

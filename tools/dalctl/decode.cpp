@@ -284,6 +284,12 @@ QString bytesLine(const engine::ByteName& b) {
     return QStringLiteral("    %1 %2: %3%4\n").arg(b.part, range, b.what, value);
 }
 
+// Whether an answer names what the input says, not only that any text would do.
+bool specific(const engine::Result& result) {
+    return std::any_of(result.answers.begin(), result.answers.end(),
+                       [](const engine::Answer& a) { return !a.anyText; });
+}
+
 } // namespace
 
 bool Decoding::found() const {
@@ -391,8 +397,12 @@ Decoded decodeInput(const QByteArray& input, const Device* device, bool asText,
     for (Decoding& record : records) {
         for (Reading& r : record.readings) {
             r.result = engine::prove(r.target, r.devices);
-            if (r.result.answers.isEmpty() && r.orElse && r.orElse->parts != r.target.parts)
-                r.result = engine::prove(*r.orElse, r.devices);
+            // A text padded by a paste is read trimmed where only that finds a specific answer.
+            if (!specific(r.result) && r.orElse && r.orElse->parts != r.target.parts) {
+                engine::Result trimmed = engine::prove(*r.orElse, r.devices);
+                if (specific(trimmed) || r.result.answers.isEmpty())
+                    r.result = std::move(trimmed);
+            }
         }
         d.records << record;
         if (each)
