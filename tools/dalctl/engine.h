@@ -29,11 +29,17 @@ template <class Rec>
 Target wholeRecord(const Rec& rec) {
     return {fieldParts(rec)};
 }
-Target headAndBlock(const QByteArray& head, const QByteArray& block);
-Target traceLine(const QByteArray& head, const QByteArray& block, const QString& text);
-Target textAlone(const QString& text);
-Target frameAlone(const QByteArray& frame);
-Target osdFrame(const QByteArray& frame);
+inline Target headAndBlock(const QByteArray& head, const QByteArray& block) {
+    return {{bytesPart(head.size() == 8 ? "head" : "command", head), bytesPart("block", block)}};
+}
+inline Target traceLine(const QByteArray& head, const QByteArray& block, const QString& text) {
+    return {{bytesPart("command", head), bytesPart("block", block), Part{"text", false, text}}};
+}
+inline Target textAlone(const QString& text) { return {{Part{"text", false, text}}}; }
+inline Target frameAlone(const QByteArray& frame) { return {{bytesPart("block", frame)}}; }
+inline Target osdFrame(const QByteArray& frame) {
+    return {{bytesPart("header", frame.left(11)), bytesPart("payload", frame.mid(11))}};
+}
 
 // What produced one run of bytes of a record's head or block.
 struct ByteName {
@@ -64,9 +70,6 @@ struct Answer {
     QString text() const;        // "saveScene(timeout=3000, scene=5)"
     QString replay() const;      // the dalctl command line that queues the record again
     QJsonObject json() const;
-
-private:
-    bool replayed(const UtilityOption& o) const;
 };
 
 // What came closest when nothing was proven.
@@ -75,7 +78,9 @@ struct Closest {
     QString device;     // as answers name it
     QString difference; // "which sends no block; 4 more bytes here"
 
-    QString text() const; // "closest: OPERATION on DEVICE, DIFFERENCE"
+    QString text() const {
+        return QStringLiteral("closest: %1 on %2, %3").arg(operation, device, difference);
+    }
     QJsonObject json() const;
 };
 

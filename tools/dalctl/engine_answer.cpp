@@ -23,14 +23,6 @@ Target binaryParts(const Parts& parts) {
     return t;
 }
 
-// The value dalctl gives a model member or utility value that no option or --model sets.
-QString defaultOf(const Variable& v) {
-    if (v.where == Variable::Model)
-        return members::get(Models::defaults(), v.path);
-    return v.where == Variable::Utility ? QLatin1String(utilityOption(v.path)->byDefault)
-                                        : QString();
-}
-
 // Whether the record stays as it is with the value set to `word`.
 bool unchangedWith(const Call& call, const Variable& v, const QString& word, int k,
                    const Target& target, const Parts& now) {
@@ -43,8 +35,10 @@ bool unchangedWith(const Call& call, const Variable& v, const QString& word, int
 // set it.
 bool carried(const Call& call, const Variable& v, const Target& target, int k, const Parts& now) {
     QStringList words = probesOf(call, v);
-    if (v.where == Variable::Model || v.where == Variable::Utility)
-        words << defaultOf(v);
+    if (v.where == Variable::Model)
+        words << members::get(Models::defaults(), v.path);
+    else if (v.where == Variable::Utility)
+        words << QLatin1String(utilityOption(v.path)->byDefault);
     return std::any_of(words.begin(), words.end(), [&](const QString& word) {
         const std::optional<Parts> parts =
             word == valueOf(call, v) ? std::nullopt : probe(call, v, word, k, target);
@@ -86,12 +80,8 @@ unsigned char byteAt(const QString& part, int at) {
 bool holdsLength(const QString& bytes, const Piece& piece, int length) {
     if (piece.to - piece.from > 4)
         return false; // no length is written in more than four bytes
-    unsigned little = 0, big = 0;
-    for (int at = piece.from; at < piece.to; ++at) {
-        little |= unsigned(byteAt(bytes, at)) << (8 * (at - piece.from));
-        big = big << 8 | byteAt(bytes, at);
-    }
-    return int(little) == length || int(big) == length ||
+    const QByteArray held = bytes.mid(piece.from, piece.to - piece.from).toLatin1();
+    return int(numberOf(held, true)) == length || int(numberOf(held, false)) == length ||
            (piece.to - piece.from == 1 && (byteAt(bytes, piece.from) == (length & 0xFF) ||
                                            byteAt(bytes, piece.from) == ((length >> 8) & 0xFF)));
 }
@@ -223,7 +213,7 @@ void simplify(Call& call, const Target& target, int k, const Parts& now) {
                     smaller << QString::number(less);
         }
         for (const QString& word : smaller)
-            if (v.kind == Kind::Decimal || unchangedWith(call, v, word, k, target, now)) {
+            if (unchangedWith(call, v, word, k, target, now)) {
                 call = changed(call, v, word).value_or(call);
                 break;
             }
@@ -306,36 +296,25 @@ QString differenceOf(const Run& run, const Target& target, int k) {
                      code ? deviceCodeText(have.toInt()) : have);
         }
         const QString unit = want.binary ? QStringLiteral("bytes") : QStringLiteral("characters");
+        const QString apart = QString::number(std::abs(want.value.size() - have.size()));
         if (have.isEmpty())
-            return QStringLiteral("which sends no %1; %2 more %3 here")
-                .arg(want.name)
-                .arg(want.value.size())
-                .arg(unit);
+            return QStringLiteral("which sends no %1; %2 more %3 here").arg(want.name, apart, unit);
         if (want.value.startsWith(have))
             return QStringLiteral("whose %1 ends sooner; %2 more %3 here")
-                .arg(want.name)
-                .arg(want.value.size() - have.size())
-                .arg(unit);
+                .arg(want.name, apart, unit);
         if (have.startsWith(want.value))
-            return QStringLiteral("whose %1 goes on; %2 %3 fewer here")
-                .arg(want.name)
-                .arg(have.size() - want.value.size())
-                .arg(unit);
+            return QStringLiteral("whose %1 goes on; %2 %3 fewer here").arg(want.name, apart, unit);
         int at = 0;
         while (at < have.size() && at < want.value.size() && have[at] == want.value[at])
             ++at;
-        if (want.binary)
-            return QStringLiteral("%1 byte %2 is %3 here, %4 sent")
-                .arg(want.name)
-                .arg(at)
-                .arg(QString::number(byteAt(want.value, std::min(at, int(want.value.size()) - 1)),
-                                     16))
-                .arg(at < have.size() ? QString::number(byteAt(have, at), 16)
-                                      : QStringLiteral("none"));
-        return QStringLiteral("%1 differs from character %2: %3 here, %4 sent")
-            .arg(want.name)
-            .arg(at)
-            .arg(quote(want.value.mid(at, 12)), quote(have.mid(at, 12)));
+        if (!want.binary)
+            return QStringLiteral("%1 differs from character %2: %3 here, %4 sent")
+                .arg(want.name, QString::number(at), quote(want.value.mid(at, 12)),
+                     quote(have.mid(at, 12)));
+        const int last = std::min(at, int(want.value.size()) - 1);
+        return QStringLiteral("%1 byte %2 is %3 here, %4 sent")
+            .arg(want.name, QString::number(at), QString::number(byteAt(want.value, last), 16),
+                 at < have.size() ? QString::number(byteAt(have, at), 16) : QStringLiteral("none"));
     }
     return QString();
 }
@@ -364,120 +343,11 @@ QString shellWord(const QString& word) {
     return escaped + QLatin1Char('\'');
 }
 
-bool sameAnswer(const Answer& a, const Answer& b) {
-    return a.call.op == b.call.op && a.device.name() == b.device.name() && a.record == b.record &&
-           a.values == b.values;
-}
-
-} // namespace
-
-// ---- answers
-// -------------------------------------------------------------------------------------
-
 // A utility value the record carries and dalctl does not set by itself.
-bool Answer::replayed(const UtilityOption& o) const {
-    return utilityRead.contains(QLatin1String(o.option)) &&
-           o.get(call.utility) != QLatin1String(o.byDefault);
+bool replayed(const Answer& a, const UtilityOption& o) {
+    return a.utilityRead.contains(QLatin1String(o.option)) &&
+           o.get(a.call.utility) != QLatin1String(o.byDefault);
 }
-
-QStringList Answer::options() const {
-    QStringList words;
-    for (const UtilityOption& o : utilityOptions())
-        if (replayed(o))
-            words << QStringLiteral("--") + QLatin1String(o.option) << o.get(call.utility);
-    return words;
-}
-
-QJsonObject Answer::model() const {
-    // What the built-in models hold already need not be given.
-    QStringList changed;
-    for (const QString& path : modelPaths)
-        if (members::get(call.models, path) != members::get(Models::defaults(), path))
-            changed << path;
-    return members::json(call.models, changed);
-}
-
-QString Answer::text() const {
-    const Operation& op = *call.op;
-    QStringList shown;
-    for (int i = 0; i < op.arguments.size(); ++i)
-        if (!notCarried.contains(op.arguments[i].name))
-            shown << op.arguments[i].name + QLatin1Char('=') + shownWord(call.words[i]);
-    // Then the model members and the utility's values the record carries.
-    for (const QString& path : modelPaths)
-        shown << Variable{Variable::Model, -1, -1, path}.name(op) + QLatin1Char('=') +
-                     shownWord(members::get(call.models, path));
-    for (const UtilityOption& o : utilityOptions())
-        if (replayed(o))
-            shown << QLatin1String(o.name) + QLatin1Char('=') + shownWord(o.get(call.utility));
-    QString text = (op.className == QLatin1String("DalTarsel") ? op.name : op.qualifiedName()) +
-                   QLatin1Char('(') + shown.join(QStringLiteral(", ")) + QLatin1Char(')');
-    if (records > 1)
-        text += QStringLiteral(" record %1/%2").arg(record).arg(records);
-    if (!notCarried.isEmpty())
-        text += QStringLiteral("; not carried: ") + notCarried.join(QStringLiteral(", "));
-    if (!lowBytes.isEmpty())
-        text += QStringLiteral("; carried in part: ") + lowBytes.join(QStringLiteral(", "));
-    return text;
-}
-
-QString Answer::deviceWord() const {
-    // The keyboard's class sends its probes to other families: it is run as the keyboard.
-    const Family* family = device.family;
-    if (call.op->className != family->className)
-        return familiesOf(call.op->className).first()->name;
-    return family->routed() ? deviceOfCode(call.utility.deviceType).word() : family->name;
-}
-
-QString Answer::replay() const {
-    QStringList words{QStringLiteral("dalctl"), QStringLiteral("--device"), deviceWord()};
-    for (const QString& word : options())
-        words << shellWord(word);
-    if (!model().isEmpty())
-        words << QStringLiteral("--model")
-              << shellWord(
-                     QString::fromUtf8(QJsonDocument(model()).toJson(QJsonDocument::Compact)));
-    words << call.op->qualifiedName();
-    for (const QString& word : call.words)
-        words << shellWord(word);
-    return words.join(QLatin1Char(' '));
-}
-
-QString Closest::text() const {
-    return QStringLiteral("closest: %1 on %2, %3").arg(operation, device, difference);
-}
-
-QJsonObject Closest::json() const {
-    return {{QStringLiteral("operation"), operation},
-            {QStringLiteral("device"), device},
-            {QStringLiteral("difference"), difference}};
-}
-
-QJsonObject Answer::json() const {
-    QJsonArray named;
-    for (const ByteName& b : bytes)
-        named << QJsonObject{{QStringLiteral("part"), b.part},
-                             {QStringLiteral("from"), b.from},
-                             {QStringLiteral("to"), b.to},
-                             {QStringLiteral("what"), b.what},
-                             {QStringLiteral("value"), b.value}};
-    QJsonObject json{{QStringLiteral("device"), deviceWord()},
-                     {QStringLiteral("deviceType"), deviceCodeText(call.utility.deviceType)},
-                     {QStringLiteral("operation"), call.op->qualifiedName()},
-                     {QStringLiteral("record"), record},
-                     {QStringLiteral("records"), records},
-                     {QStringLiteral("options"), QJsonArray::fromStringList(options())},
-                     {QStringLiteral("arguments"), QJsonArray::fromStringList(call.words)},
-                     {QStringLiteral("values"), QJsonArray::fromStringList(values)},
-                     {QStringLiteral("notCarried"), QJsonArray::fromStringList(notCarried)},
-                     {QStringLiteral("lowBytes"), QJsonArray::fromStringList(lowBytes)},
-                     {QStringLiteral("bytes"), named}};
-    if (!model().isEmpty())
-        json.insert(QStringLiteral("model"), model());
-    return json;
-}
-
-namespace {
 
 // Where no operation's record has the target's ends: the operation whose head it has, and
 // how the rest differs ("which sends no block; 4 more bytes here").
@@ -519,21 +389,23 @@ Result proveAnew(const Target& target, const QVector<Device>& devices) {
     for (const Device& device : devices)
         for (const Candidate& c : candidatesFor(target, device))
             for (const Call& start : c.starts) {
-                Solver solver(start, target, c.record);
-                if (solver.solve() &&
-                    sentTo(runOf(solver.result()).outcome.deviceType(c.record), *device.family)) {
-                    const Answer a = answerOf(solver.result(), device, c.record, target);
-                    if (std::none_of(result.answers.begin(), result.answers.end(),
-                                     [&](const Answer& b) { return sameAnswer(a, b); }))
+                const Call found = solved(start, target, c.record);
+                const Run run = runOf(found);
+                const long long d = distance(run, target, c.record);
+                if (d == 0 && sentTo(run.outcome.deviceType(c.record), *device.family)) {
+                    const Answer a = answerOf(found, device, c.record, target);
+                    if (std::none_of(
+                            result.answers.begin(), result.answers.end(), [&](const Answer& b) {
+                                return a.call.op == b.call.op && a.record == b.record &&
+                                       a.device.name() == b.device.name() && a.values == b.values;
+                            }))
                         result.answers << a;
                     break;
                 }
-                const long long d = solver.distanceNow();
                 if (closest < 0 || d < closest) {
                     closest = d;
-                    result.closest =
-                        Closest{c.op->qualifiedName(), device.name(),
-                                differenceOf(runOf(solver.result()), target, c.record)};
+                    result.closest = Closest{c.op->qualifiedName(), device.name(),
+                                             differenceOf(run, target, c.record)};
                 }
                 if (d > kNearMiss) // only a near miss is worth another start
                     break;
@@ -590,6 +462,102 @@ QVector<SampleRecord> sampleRecords(const Operation& op, const Family& family) {
         records << r;
     }
     return records;
+}
+
+// ---- answers
+// -------------------------------------------------------------------------------------
+
+QStringList Answer::options() const {
+    QStringList words;
+    for (const UtilityOption& o : utilityOptions())
+        if (replayed(*this, o))
+            words << QStringLiteral("--") + QLatin1String(o.option) << o.get(call.utility);
+    return words;
+}
+
+QJsonObject Answer::model() const {
+    // What the built-in models hold already need not be given.
+    QStringList changed;
+    for (const QString& path : modelPaths)
+        if (members::get(call.models, path) != members::get(Models::defaults(), path))
+            changed << path;
+    return members::json(call.models, changed);
+}
+
+QString Answer::text() const {
+    const Operation& op = *call.op;
+    QStringList shown;
+    for (int i = 0; i < op.arguments.size(); ++i)
+        if (!notCarried.contains(op.arguments[i].name))
+            shown << op.arguments[i].name + QLatin1Char('=') + shownWord(call.words[i]);
+    // Then the model members and the utility's values the record carries.
+    for (const QString& path : modelPaths)
+        shown << Variable{Variable::Model, -1, -1, path}.name(op) + QLatin1Char('=') +
+                     shownWord(members::get(call.models, path));
+    for (const UtilityOption& o : utilityOptions())
+        if (replayed(*this, o))
+            shown << QLatin1String(o.name) + QLatin1Char('=') + shownWord(o.get(call.utility));
+    QString text = (op.className == QLatin1String("DalTarsel") ? op.name : op.qualifiedName()) +
+                   QLatin1Char('(') + shown.join(QStringLiteral(", ")) + QLatin1Char(')');
+    if (records > 1)
+        text += QStringLiteral(" record %1/%2").arg(record).arg(records);
+    if (!notCarried.isEmpty())
+        text += QStringLiteral("; not carried: ") + notCarried.join(QStringLiteral(", "));
+    if (!lowBytes.isEmpty())
+        text += QStringLiteral("; carried in part: ") + lowBytes.join(QStringLiteral(", "));
+    return text;
+}
+
+QString Answer::deviceWord() const {
+    // The keyboard's class sends its probes to other families: it is run as the keyboard.
+    const Family* family = device.family;
+    if (call.op->className != family->className)
+        return familiesOf(call.op->className).first()->name;
+    return family->routed() ? deviceOfCode(call.utility.deviceType).word() : family->name;
+}
+
+QString Answer::replay() const {
+    QStringList words{QStringLiteral("dalctl"), QStringLiteral("--device"), deviceWord()};
+    for (const QString& word : options())
+        words << shellWord(word);
+    if (!model().isEmpty())
+        words << QStringLiteral("--model")
+              << shellWord(
+                     QString::fromUtf8(QJsonDocument(model()).toJson(QJsonDocument::Compact)));
+    words << call.op->qualifiedName();
+    for (const QString& word : call.words)
+        words << shellWord(word);
+    return words.join(QLatin1Char(' '));
+}
+
+QJsonObject Closest::json() const {
+    return {{QStringLiteral("operation"), operation},
+            {QStringLiteral("device"), device},
+            {QStringLiteral("difference"), difference}};
+}
+
+QJsonObject Answer::json() const {
+    QJsonArray named;
+    for (const ByteName& b : bytes)
+        named << QJsonObject{{QStringLiteral("part"), b.part},
+                             {QStringLiteral("from"), b.from},
+                             {QStringLiteral("to"), b.to},
+                             {QStringLiteral("what"), b.what},
+                             {QStringLiteral("value"), b.value}};
+    QJsonObject json{{QStringLiteral("device"), deviceWord()},
+                     {QStringLiteral("deviceType"), deviceCodeText(call.utility.deviceType)},
+                     {QStringLiteral("operation"), call.op->qualifiedName()},
+                     {QStringLiteral("record"), record},
+                     {QStringLiteral("records"), records},
+                     {QStringLiteral("options"), QJsonArray::fromStringList(options())},
+                     {QStringLiteral("arguments"), QJsonArray::fromStringList(call.words)},
+                     {QStringLiteral("values"), QJsonArray::fromStringList(values)},
+                     {QStringLiteral("notCarried"), QJsonArray::fromStringList(notCarried)},
+                     {QStringLiteral("lowBytes"), QJsonArray::fromStringList(lowBytes)},
+                     {QStringLiteral("bytes"), named}};
+    if (!model().isEmpty())
+        json.insert(QStringLiteral("model"), model());
+    return json;
 }
 
 } // namespace engine

@@ -9,15 +9,38 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 
 namespace engine::detail {
 
 using args::Kind;
 
-// Characters that read as a text: printable ASCII only.
-inline bool printable(const QString& text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](QChar c) { return c.unicode() >= 0x20 && c.unicode() < 0x7f; });
+// A part read as a text: a text, or a block that prints as one (printable ASCII only).
+inline bool asText(const Part& part) {
+    return !part.binary || std::all_of(part.value.begin(), part.value.end(), [](QChar c) {
+        return c.unicode() >= 0x20 && c.unicode() < 0x7f;
+    });
+}
+
+// Bytes as one number, little-endian or big-endian.
+inline unsigned long long numberOf(QByteArray bytes, bool little) {
+    if (little)
+        std::reverse(bytes.begin(), bytes.end());
+    unsigned long long n = 0;
+    for (char b : bytes)
+        n = n << 8 | static_cast<unsigned char>(b);
+    return n;
+}
+
+// How many characters two texts share at their start, and then, past those, at their end.
+inline std::pair<int, int> commonEnds(const QString& a, const QString& b) {
+    int prefix = 0, suffix = 0;
+    while (prefix < a.size() && prefix < b.size() && a[prefix] == b[prefix])
+        ++prefix;
+    while (suffix < a.size() - prefix && suffix < b.size() - prefix &&
+           a[a.size() - 1 - suffix] == b[b.size() - 1 - suffix])
+        ++suffix;
+    return {prefix, suffix};
 }
 
 // ---- values
@@ -61,10 +84,9 @@ struct Run {
     Outcome outcome;
 
     int count() const { return outcome.count(); }
-    bool queued(int k) const { return ok && count() > k; }
     // The parts of record k that the target names; nothing when there is no such record.
     std::optional<Parts> parts(int k, const Target& shape) const {
-        return queued(k) ? outcome.parts(k, shape.parts) : std::nullopt;
+        return ok && count() > k ? outcome.parts(k, shape.parts) : std::nullopt;
     }
 };
 
@@ -122,8 +144,7 @@ struct PartShape {
 };
 
 struct Shape {
-    int record = 0;  // which record of the call
-    int records = 0; // how many it queues
+    int record = 0; // which record of the call
     QVector<PartShape> parts;
 };
 
@@ -161,24 +182,8 @@ long long distance(const Run& run, const Target& target, int k);
 
 // Finds the values with which a call queues the target as its record k: the counts that give
 // the record its length first, then each value from where it lands, round after round until
-// the record matches or nothing changes.
-class Solver {
-public:
-    Solver(const Call& start, const Target& target, int k);
-    bool solve();
-    long long distanceNow() const { return distance(runOf(call), target, k); }
-    const Call& result() const { return call; }
-
-private:
-    bool fixLengths();
-    QVector<Variable> unsettled() const;
-    bool solveRound();
-
-    Call call;
-    const Target& target;
-    int k;
-    QVector<Variable> variables;
-};
+// the record matches or nothing changes. The call it came to: the target's at distance 0.
+Call solved(const Call& start, const Target& target, int k);
 
 // Whether a piece is variable i's: alone, one it makes by itself (a model member: with no other
 // member, though an argument may have chosen which member it is), else one it helps make.

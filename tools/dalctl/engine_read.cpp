@@ -20,7 +20,16 @@ struct Captures {
     bool operator==(const Captures& o) const { return bytes == o.bytes && texts == o.texts; }
 };
 
-QVector<double> numbersIn(const QString& text, bool decimals);
+// The numbers a text holds, in order, a leading minus included: whole numbers only, or with
+// their decimals.
+QVector<double> numbersIn(const QString& text, bool decimals) {
+    static const QRegularExpression whole(QStringLiteral("-?\\d+"));
+    static const QRegularExpression decimal(QStringLiteral("-?\\d+(?:\\.\\d+)?"));
+    QVector<double> found;
+    for (auto m = (decimals ? decimal : whole).globalMatch(text); m.hasNext();)
+        found << m.next().captured().toDouble();
+    return found;
+}
 
 Captures capturesOf(const Shape& shape, const QVector<QStringList>& cutParts,
                     const QVector<Variable>& variables, int i, bool alone) {
@@ -32,8 +41,7 @@ Captures capturesOf(const Shape& shape, const QVector<QStringList>& cutParts,
                 continue;
             // A block may hold a text (it prints as one), whose numbers are read as a text's.
             const QString& piece = cutParts[p][j];
-            const Part& part = shape.parts[p].part;
-            if (!part.binary || printable(part.value)) {
+            if (asText(shape.parts[p].part)) {
                 c.texts << piece;
                 for (double n : numbersIn(piece, false))
                     numbers << QString::number(n);
@@ -46,17 +54,6 @@ Captures capturesOf(const Shape& shape, const QVector<QStringList>& cutParts,
             c.numbers << numbers.join(QLatin1Char('.'));
     }
     return c;
-}
-
-// The numbers a text holds, in order, a leading minus included: whole numbers only, or with
-// their decimals.
-QVector<double> numbersIn(const QString& text, bool decimals) {
-    static const QRegularExpression whole(QStringLiteral("-?\\d+"));
-    static const QRegularExpression decimal(QStringLiteral("-?\\d+(?:\\.\\d+)?"));
-    QVector<double> found;
-    for (auto m = (decimals ? decimal : whole).globalMatch(text); m.hasNext();)
-        found << m.next().captured().toDouble();
-    return found;
 }
 
 // The number a text starts with.
@@ -75,14 +72,8 @@ struct Numbers {
 
     explicit Numbers(const Captures& c) {
         if (!c.bytes.isEmpty() && c.bytes.size() <= 4) {
-            unsigned long long l = 0, b = 0;
-            for (int i = 0; i < c.bytes.size(); ++i) {
-                l |= static_cast<unsigned long long>(static_cast<unsigned char>(c.bytes[i]))
-                     << (8 * i);
-                b = b << 8 | static_cast<unsigned char>(c.bytes[i]);
-            }
-            little = double(l);
-            big = double(b);
+            little = double(numberOf(c.bytes, true));
+            big = double(numberOf(c.bytes, false));
         }
         for (const QString& t : c.texts)
             texts << leadingNumber(t);
@@ -90,9 +81,9 @@ struct Numbers {
             if (const auto n = leadingNumber(latin1(piece)))
                 texts << n;
     }
-    // The reading as one number: its bytes little- or big-endian, or its first text's number.
+    // The reading as one number: its bytes little- or big-endian, or a text's number.
     std::optional<double> in(int order) const {
-        return order == 0 ? little : order == 1 ? big : texts.isEmpty() ? std::nullopt : texts[0];
+        return order == 0 ? little : order == 1 ? big : texts.value(order - 2);
     }
 };
 
@@ -289,9 +280,26 @@ private:
 
     long long current() const { return valueOf(call, v).toLongLong(); }
 
-    std::optional<Numbers> numbersAt(long long x) {
-        const auto reading = v.inRange(x) ? readingAt(QString::number(x)) : std::nullopt;
-        return reading ? std::optional<Numbers>(Numbers(*reading)) : std::nullopt;
+    // The reading at x as one number (see Numbers::in); an integer out of range reads as none.
+    std::optional<double> numberAt(double x, int order, bool integral) {
+        const QString word =
+            integral ? QString::number(static_cast<long long>(x)) : QString::number(x, 'g', 17);
+        const auto reading =
+            !integral || v.inRange(static_cast<long long>(x)) ? readingAt(word) : std::nullopt;
+        return reading ? Numbers(*reading).in(order) : std::nullopt;
+    }
+
+    // Where the line through the readings at three values reaches what the target holds.
+    QVector<double> alongLine(const double xs[3], int order, bool integral, int bits) {
+        const std::optional<double> goal = Numbers(wanted).in(order);
+        double ys[3];
+        for (int j = 0; j < 3; ++j) {
+            const auto y = goal ? numberAt(xs[j], order, integral) : std::nullopt;
+            if (!y)
+                return {};
+            ys[j] = *y;
+        }
+        return onLine(xs, ys, *goal, bits);
     }
 
     std::optional<QString> integer() {
@@ -299,24 +307,10 @@ private:
         const long long x = current();
         const long long x0 = v.inRange(x + 2) ? x : x - 2;
         const double xs[] = {double(x0), double(x0 + 1), double(x0 + 2)};
-        const Numbers want(wanted);
         QStringList words;
-        const int width = int(wanted.bytes.size());
-        for (int order = 0; order < 3 + want.texts.size(); ++order) {
+        for (int order = 0; order < 2 + Numbers(wanted).texts.size(); ++order) {
             const bool text = order >= 2;
-            auto number = [&](const Numbers& n) {
-                return text ? n.texts.value(order - 2) : n.in(order);
-            };
-            double ys[3];
-            bool all = number(want).has_value() && (text || (width >= 1 && width <= 4));
-            for (int j = 0; all && j < 3; ++j) {
-                const auto n = numbersAt(x0 + j);
-                all = n && number(*n);
-                ys[j] = all ? *number(*n) : 0;
-            }
-            if (!all)
-                continue;
-            for (double found : onLine(xs, ys, *number(want), text ? 0 : 8 * width))
+            for (double found : alongLine(xs, order, true, text ? 0 : 8 * int(wanted.bytes.size())))
                 if (!text ? v.inRange(static_cast<long long>(found))
                           : std::abs(found - std::round(found)) <= 1e-6)
                     words << QString::number(static_cast<long long>(std::llround(found)));
@@ -405,13 +399,7 @@ private:
         const std::optional<double> goal = Numbers(wanted).in(order);
         if (!goal)
             return std::nullopt;
-        auto key = [&](double x) -> std::optional<double> {
-            const QString word =
-                integral ? QString::number(static_cast<long long>(x)) : QString::number(x, 'g', 17);
-            const auto reading =
-                !integral || v.inRange(static_cast<long long>(x)) ? readingAt(word) : std::nullopt;
-            return reading ? Numbers(*reading).in(order) : std::nullopt;
-        };
+        auto key = [&](double x) { return numberAt(x, order, integral); };
         const double x0 = integral ? double(current()) : valueOf(call, v).toDouble();
         std::optional<double> kLo = key(x0);
         if (!kLo)
@@ -474,19 +462,8 @@ private:
     std::optional<QString> decimal() {
         const double x0 = valueOf(call, v).toDouble();
         const double xs[] = {x0, x0 + 1.25, x0 + 2.5};
-        const Numbers want(wanted);
         for (int order = 0; order < 3; ++order) {
-            if (!want.in(order))
-                continue;
-            double ys[3];
-            bool all = true;
-            for (int j = 0; all && j < 3; ++j) {
-                const auto reading = readingAt(QString::number(xs[j], 'g', 17));
-                const auto n = reading ? Numbers(*reading).in(order) : std::nullopt;
-                all = n.has_value();
-                ys[j] = n.value_or(0);
-            }
-            for (double found : all ? onLine(xs, ys, *want.in(order), 0) : QVector<double>())
+            for (double found : alongLine(xs, order, false, 0))
                 if (const auto word = briefest(found))
                     return word;
             if (const auto found = halved(order, false))

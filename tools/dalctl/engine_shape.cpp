@@ -60,13 +60,8 @@ QVector<Change> changes(const QString& a, const QString& b, bool bytes) {
         if (const std::optional<QVector<Change>> inNumbers = changesInNumbers(a, b))
             return *inNumbers;
     QVector<Change> found;
-    int prefix = 0;
-    while (prefix < a.size() && prefix < b.size() && a[prefix] == b[prefix])
-        ++prefix;
-    int suffix = 0;
-    while (suffix < a.size() - prefix && suffix < b.size() - prefix &&
-           a[a.size() - 1 - suffix] == b[b.size() - 1 - suffix])
-        ++suffix;
+    const auto ends = commonEnds(a, b);
+    const int prefix = ends.first, suffix = ends.second;
     const int n = int(a.size()) - prefix - suffix;
     const int m = int(b.size()) - prefix - suffix;
     constexpr long long kLargest = 200000;
@@ -114,23 +109,19 @@ void add(Owners& owners, int v) {
         owners << v;
 }
 
-bool asText(const Part& part) { return !part.binary || printable(part.value); }
-
 // Per character of one part: the variables that changed it and those that varied its width;
 // per place between characters, the variables that inserted something there.
 struct Marks {
+    explicit Marks(int size = 0) : owners(size), resized(size), inserted(size + 1) {}
     QVector<Owners> owners, resized, inserted;
 };
 
 // Phase one: each variable probed in turn, each change it makes marked.
 QVector<Marks> marksOf(const Call& call, const QVector<Variable>& variables, int k,
                        const Target& target, const Parts& parts) {
-    QVector<Marks> marks(parts.size());
-    for (int p = 0; p < parts.size(); ++p) {
-        marks[p].owners.resize(parts[p].value.size());
-        marks[p].resized.resize(parts[p].value.size());
-        marks[p].inserted.resize(parts[p].value.size() + 1);
-    }
+    QVector<Marks> marks;
+    for (const Part& part : parts)
+        marks << Marks(int(part.value.size()));
     for (int i = 0; i < variables.size(); ++i) {
         for (const QString& word : probesOf(call, variables[i])) {
             if (word == valueOf(call, variables[i]))
@@ -301,7 +292,6 @@ Shape shapeOf(const Call& call, const QVector<Variable>& variables, int k, const
     if (!parts)
         return shape;
     shape.record = k;
-    shape.records = base.count();
     QVector<Marks> marks = marksOf(call, variables, k, target, *parts);
     for (int p = 0; p < parts->size(); ++p) {
         const Part& part = (*parts)[p];

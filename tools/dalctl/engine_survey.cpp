@@ -11,8 +11,6 @@
 
 #include <QJsonDocument>
 
-#include <map>
-
 namespace engine::detail {
 
 namespace {
@@ -180,19 +178,18 @@ struct Entry {
     const Family* translateFor; // the family its native runs are translated for, if any
 };
 
-// Whether the operation's sample call on the family queues what its native call does,
-// translated.
-bool sameAsTranslated(const Operation& op, const Family& family) {
-    const Family& native = families().first();
-    if (&family == &native)
-        return true;
-    const Run there = runOf(sampleCall(op, family.code));
-    const Run here = runOf(sampleCall(op, native.code));
-    if (there.ok != here.ok || there.outcome.records.size() != here.outcome.records.size())
+// Whether the operation's sample call queues the same records on a device of code `there` as
+// on one of code `here`: translated for a family, or else but for their device types.
+bool sameRecords(const Operation& op, int there, int here, const Family* translateFor) {
+    const Run a = runOf(sampleCall(op, there)), b = runOf(sampleCall(op, here));
+    if ((translateFor && a.ok != b.ok) || a.outcome.records.size() != b.outcome.records.size())
         return false;
-    applyUtility(sampleCall(op, family.code).utility);
-    for (int k = 0; k < here.outcome.records.size(); ++k)
-        if (!sameFields(translated(here.outcome.records[k], family), there.outcome.records[k]))
+    applyUtility(sampleCall(op, there).utility);
+    for (int k = 0; k < b.outcome.records.size(); ++k)
+        if (!(translateFor ? sameFields(translated(b.outcome.records[k], *translateFor),
+                                        a.outcome.records[k])
+                           : sameFields(a.outcome.records[k], b.outcome.records[k],
+                                        {QStringLiteral("deviceType")})))
             return false;
     return true;
 }
@@ -200,23 +197,9 @@ bool sameAsTranslated(const Operation& op, const Family& family) {
 const OperationSurvey& surveyOf(const Operation& op, int device) {
     static std::map<std::pair<int, const Operation*>, OperationSurvey> surveys;
     const auto key = std::make_pair(device, &op);
-    auto it = surveys.find(key);
-    if (it == surveys.end())
-        it = surveys.emplace(key, survey(op, device)).first;
-    return it->second;
-}
-
-// Whether the operation's sample call queues other records on the device than on its family's
-// own code, besides their device types.
-bool differs(const Operation& op, const Device& device) {
-    const Outcome there = runOf(sampleCall(op, device.code)).outcome;
-    const Outcome here = runOf(sampleCall(op, device.family->code)).outcome;
-    if (there.records.size() != here.records.size())
-        return true;
-    for (int k = 0; k < there.records.size(); ++k)
-        if (!sameFields(there.records[k], here.records[k], {QStringLiteral("deviceType")}))
-            return true;
-    return false;
+    if (!surveys.count(key))
+        surveys.emplace(key, survey(op, device));
+    return surveys.at(key);
 }
 
 // The operations to try on a device: of a family's code, each operation's survey (on the
@@ -234,10 +217,11 @@ const QVector<Entry>& entriesOf(const Device& device) {
     for (const Operation& op : operations()) {
         if (op.className != family.className || !explainable(op))
             continue;
-        const bool own = apart && differs(op, device);
-        if (own)
+        if (apart && !sameRecords(op, device.code, family.code, nullptr))
             list << Entry{&surveyOf(op, device.code), nullptr};
-        else if (!device.beside && family.routed() && sameAsTranslated(op, family))
+        else if (!device.beside && family.routed() &&
+                 (&family == &families().first() ||
+                  sameRecords(op, family.code, family::native, &family)))
             list << Entry{&surveyOf(op, family::native), &family};
         else if (!device.beside)
             list << Entry{&surveyOf(op, family.code), nullptr};
@@ -378,7 +362,8 @@ QVector<Candidate> candidatesFor(const Target& target, const Device& device) {
                     continue;
                 // The runs whose records come closest are where the search starts, one run of
                 // each head, block and text.
-                QVector<std::tuple<long long, int, Parts>> near;
+                std::multimap<long long, int> near; // of as near, the first found first
+                QVector<Parts> seen;
                 for (int run : s.branches[b]) {
                     const SurveyRun& r = s.runs[run];
                     const Parts parts = partsFor(r.call, r.outcome, k, target, entry.translateFor);
@@ -386,16 +371,14 @@ QVector<Candidate> candidatesFor(const Target& target, const Device& device) {
                     for (const Part& p : parts)
                         if (comparedByEnds(p.name))
                             bytes << p;
-                    if (std::none_of(near.begin(), near.end(),
-                                     [&](const auto& n) { return std::get<2>(n) == bytes; }))
-                        near << std::make_tuple(distance(parts, target), run, bytes);
+                    if (!seen.contains(bytes)) {
+                        seen << bytes;
+                        near.emplace(distance(parts, target), run);
+                    }
                 }
-                std::stable_sort(near.begin(), near.end(), [](const auto& x, const auto& y) {
-                    return std::get<0>(x) < std::get<0>(y);
-                });
                 Candidate c{s.op, {}, k};
-                for (const auto& n : near.mid(0, kStarts)) {
-                    c.starts << s.runs[std::get<1>(n)].call;
+                for (auto n = near.begin(); n != near.end() && c.starts.size() < kStarts; ++n) {
+                    c.starts << s.runs[n->second].call;
                     if (family.routed() && s.op->className == family.className)
                         c.starts.last().utility.deviceType = device.code;
                 }

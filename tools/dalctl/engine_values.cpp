@@ -6,32 +6,14 @@
 
 #include <QJsonDocument>
 
-namespace engine {
-
-Target headAndBlock(const QByteArray& head, const QByteArray& block) {
-    return {{bytesPart(head.size() == 8 ? "head" : "command", head), bytesPart("block", block)}};
-}
-
-Target traceLine(const QByteArray& head, const QByteArray& block, const QString& value) {
-    return {{bytesPart("command", head), bytesPart("block", block), Part{"text", false, value}}};
-}
-
-Target textAlone(const QString& value) { return {{Part{"text", false, value}}}; }
-
-Target frameAlone(const QByteArray& frame) { return {{bytesPart("block", frame)}}; }
-
-Target osdFrame(const QByteArray& frame) {
-    return {{bytesPart("header", frame.left(11)), bytesPart("payload", frame.mid(11))}};
-}
-
-bool explainable(const Operation& op) {
+bool engine::explainable(const Operation& op) {
     return std::none_of(op.parameters.begin(), op.parameters.end(), [](const Parameter& p) {
         return p.name == QLatin1String("cmd") || p.kind == args::Kind::Record ||
                p.kind == args::Kind::OsdRecord;
     });
 }
 
-namespace detail {
+namespace engine::detail {
 
 QString Variable::name(const Operation& op) const {
     const QString argument = op.arguments.value(this->argument).name;
@@ -69,44 +51,20 @@ QJsonObject objectOf(const QString& word) {
     return QJsonDocument::fromJson(word.toUtf8()).object();
 }
 
-Kind kindOf(dal::json::Kind kind) {
-    return kind == dal::json::Kind::Text ? Kind::Text : Kind::Integer;
+// An integer probe that reaches every byte: alternate bits of each.
+constexpr long long kEveryBit = 0x5A5A5A5ALL;
+
+QString withinRange(long long value, const Variable& v) {
+    if (v.max > v.min)
+        value = std::clamp(value, v.min, v.max);
+    return QString::number(value);
 }
 
-// Sets the value in place; false when it cannot take the word.
-bool assign(Call& call, const Variable& v, const QString& value) {
-    if (v.where == Variable::Model)
-        return members::set(call.models, v.path, value);
-    if (v.where == Variable::Utility) {
-        utilityOption(v.path)->set(call.utility, value);
-        return true;
-    }
-    QString& word = call.words[v.argument];
-    const Kind kind = call.op->arguments[v.argument].kind;
-    if (v.where == Variable::Argument) {
-        word = value;
-    } else if (v.where == Variable::Member) {
-        QJsonObject object = objectOf(word);
-        object.insert(v.path,
-                      v.kind == Kind::Text ? QJsonValue(value) : QJsonValue(value.toLongLong()));
-        word = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
-    } else {
-        QStringList elements = elementsOf(word, kind);
-        if (v.where == Variable::Length) {
-            const int size = value.toInt();
-            if (size < 0)
-                return false;
-            while (elements.size() < size)
-                elements << (elements.isEmpty() ? QStringLiteral("0") : elements.last());
-            elements = elements.mid(0, size);
-        } else {
-            while (elements.size() <= v.index)
-                elements << QStringLiteral("0");
-            elements[v.index] = value;
-        }
-        word = elements.join(QLatin1Char(args::separatorOf(kind)));
-    }
-    return true;
+QStringList numbers(long long from, long long to) {
+    QStringList words;
+    for (long long x = from; x <= to; ++x)
+        words << QString::number(x);
+    return words;
 }
 
 } // namespace
@@ -134,9 +92,40 @@ QString valueOf(const Call& call, const Variable& v) {
     return QString();
 }
 
-std::optional<Call> changed(const Call& call, const Variable& v, const QString& word) {
-    Call c = call;
-    return assign(c, v, word) ? std::optional<Call>(c) : std::nullopt;
+std::optional<Call> changed(const Call& from, const Variable& v, const QString& value) {
+    Call call = from;
+    if (v.where == Variable::Model)
+        return members::set(call.models, v.path, value) ? std::optional<Call>(call) : std::nullopt;
+    if (v.where == Variable::Utility) {
+        utilityOption(v.path)->set(call.utility, value);
+        return call;
+    }
+    QString& word = call.words[v.argument];
+    const Kind kind = call.op->arguments[v.argument].kind;
+    if (v.where == Variable::Argument) {
+        word = value;
+    } else if (v.where == Variable::Member) {
+        QJsonObject object = objectOf(word);
+        object.insert(v.path,
+                      v.kind == Kind::Text ? QJsonValue(value) : QJsonValue(value.toLongLong()));
+        word = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    } else {
+        QStringList elements = elementsOf(word, kind);
+        if (v.where == Variable::Length) {
+            const int size = value.toInt();
+            if (size < 0)
+                return std::nullopt;
+            while (elements.size() < size)
+                elements << (elements.isEmpty() ? QStringLiteral("0") : elements.last());
+            elements = elements.mid(0, size);
+        } else {
+            while (elements.size() <= v.index)
+                elements << QStringLiteral("0");
+            elements[v.index] = value;
+        }
+        word = elements.join(QLatin1Char(args::separatorOf(kind)));
+    }
+    return call;
 }
 
 bool pastTheEnd(const Call& call, const Variable& v) {
@@ -154,33 +143,26 @@ QVector<Variable> variablesOf(const Call& call) {
             // The elements the call may read, beyond those given: a list reads zeros past its
             // end, or is zero-padded.
             const int count = std::max(int(elementsOf(call.words[i], p.kind).size()), 16);
+            const long long min = p.kind == Kind::Numbers ? p.min : 0;
             all << Variable{Variable::Length, i, -1, QString(), Kind::Integer, 0, 1024};
             for (int e = 0; e < count; ++e)
-                all << Variable{Variable::Element,
-                                i,
-                                e,
-                                QString(),
-                                Kind::Integer,
-                                p.kind == Kind::Numbers ? p.min : 0,
-                                p.max};
+                all << Variable{Variable::Element, i, e, QString(), Kind::Integer, min, p.max};
         } else if (p.kind == Kind::Json) {
-            for (const dal::json::Member& m : dal::json::membersOf(op.name))
-                all << Variable{Variable::Member, i,       -1,     QLatin1String(m.name),
-                                kindOf(m.kind),   INT_MIN, INT_MAX};
+            for (const dal::json::Member& m : dal::json::membersOf(op.name)) {
+                const Kind kind = m.kind == dal::json::Kind::Text ? Kind::Text : Kind::Integer;
+                const QString name = QLatin1String(m.name);
+                all << Variable{Variable::Member, i, -1, name, kind, INT_MIN, INT_MAX};
+            }
         } else {
             // A colour is probed and read as the text it is.
             const Kind kind = p.kind == Kind::Colour ? Kind::Text : p.kind;
             all << Variable{Variable::Argument, i, -1, QString(), kind, p.min, p.max};
         }
     }
-    for (const UtilityOption& o : utilityOptions())
-        all << Variable{Variable::Utility,
-                        -1,
-                        -1,
-                        QLatin1String(o.option),
-                        o.text ? Kind::Text : Kind::Integer,
-                        o.min,
-                        o.max};
+    for (const UtilityOption& o : utilityOptions()) {
+        const Kind kind = o.text ? Kind::Text : Kind::Integer;
+        all << Variable{Variable::Utility, -1, -1, QLatin1String(o.option), kind, o.min, o.max};
+    }
     return all;
 }
 
@@ -258,48 +240,18 @@ std::optional<Parts> probe(const Call& call, const Variable& v, const QString& w
 // ---- the values probed with
 // ------------------------------------------------------------------------
 
-namespace {
-
-// An integer probe that reaches every byte: alternate bits of each.
-constexpr long long kEveryBit = 0x5A5A5A5ALL;
-
-QString withinRange(long long value, const Variable& v) {
-    if (v.max > v.min)
-        value = std::clamp(value, v.min, v.max);
-    return QString::number(value);
-}
-
-QStringList numbers(long long from, long long to) {
-    QStringList words;
-    for (long long x = from; x <= to; ++x)
-        words << QString::number(x);
-    return words;
-}
-
-} // namespace
-
 const Hints& hintsOf(Kind kind) {
-    static const Hints integer{
-        {"0", "2", "3", "5", "255", "256", "-1", "23130", "1515870810"}, numbers(-1, 16), {}, {}};
-    static const Hints decimal{{"0", "2.25", "-1", "23130.5"}, {}, {}, {}};
-    static const Hints text{{}, {}, "ab", "Zq"};
-    static const Hints bytes{{}, {}, "0a0b", "00"};
-    static const Hints boolean{{}, numbers(-1, 16), {}, {}};
+    static const QStringList small = numbers(-1, 16);
+    static const QStringList edges{"0", "2", "3", "5", "255", "256", "-1", "23130", "1515870810"};
+    static const std::map<Kind, Hints> hints{
+        {Kind::Integer, {edges, small, {}, {}}},
+        {Kind::Decimal, {{"0", "2.25", "-1", "23130.5"}, {}, {}, {}}},
+        {Kind::Text, {{}, {}, "ab", "Zq"}},
+        {Kind::Bytes, {{}, {}, "0a0b", "00"}},
+        {Kind::Boolean, {{}, small, {}, {}}}};
     static const Hints other{};
-    switch (kind) {
-    case Kind::Integer:
-        return integer;
-    case Kind::Decimal:
-        return decimal;
-    case Kind::Text:
-        return text;
-    case Kind::Bytes:
-        return bytes;
-    case Kind::Boolean:
-        return boolean;
-    default:
-        return other;
-    }
+    const auto it = hints.find(kind);
+    return it == hints.end() ? other : it->second;
 }
 
 QStringList deviceCodeWords() {
@@ -355,6 +307,4 @@ QStringList probesOf(const Call& call, const Variable& v) {
     }
 }
 
-} // namespace detail
-
-} // namespace engine
+} // namespace engine::detail

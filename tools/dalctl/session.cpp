@@ -16,55 +16,30 @@ namespace {
     throw error;
 }
 
-QVector<model_Protocoldata> drainQueue() {
-    std::lock_guard<std::mutex> lock(biz_CMDSWork::HexCmdlock);
-    QVector<model_Protocoldata> records(biz_CMDSWork::queueHexCmd.begin(),
-                                        biz_CMDSWork::queueHexCmd.end());
-    biz_CMDSWork::queueHexCmd.clear();
+// Everything a send queue holds, taken off it.
+template <class Queue>
+auto drain(std::mutex& lock, Queue& queue) {
+    std::lock_guard<std::mutex> locked(lock);
+    QVector<typename Queue::value_type> records(queue.begin(), queue.end());
+    queue.clear();
     return records;
 }
-
-QVector<model_OsdParam> drainOsdQueue() {
-    std::lock_guard<std::mutex> lock(biz_Osd_CMDSWork::sendQueueLock);
-    QVector<model_OsdParam> records(biz_Osd_CMDSWork::sendQueue.begin(),
-                                    biz_Osd_CMDSWork::sendQueue.end());
-    biz_Osd_CMDSWork::sendQueue.clear();
-    return records;
-}
-
-void setUp(const UtilityValues& u) {
-    applyUtility(u);
-    DalTarsel::isConnected = true;
-    Dal_Pommet::isConnected = true;
-    drainQueue();
-    drainOsdQueue();
-}
-
-} // namespace
-
-void applyUtility(const UtilityValues& u) {
-    Utility_Manage::setDeviceType(u.deviceType);
-    Utility_Manage::setDeviceSubType(u.subType);
-    Utility_Manage::setConnectType(u.connectType);
-    Utility_Manage::setConnectToneFlag(u.toneFlag);
-    Utility_Manage::setToneProcVer(u.toneVersion);
-    Utility_Manage::setLocalIP(u.localIp);
-    Utility_Manage::setUserID(u.userId);
-}
-
-namespace {
 
 template <class Run>
 Outcome collect(const UtilityValues& utility, Run runOn) {
-    setUp(utility);
+    applyUtility(utility);
+    DalTarsel::isConnected = true;
+    Dal_Pommet::isConnected = true;
+    drain(biz_CMDSWork::HexCmdlock, biz_CMDSWork::queueHexCmd);
+    drain(biz_Osd_CMDSWork::sendQueueLock, biz_Osd_CMDSWork::sendQueue);
     DalTarsel tarsel;
     Dal_Pommet pommet;
     dal_Osd osd;
     Targets targets{tarsel, pommet, osd};
     Outcome outcome;
     outcome.returned = runOn(targets);
-    outcome.records = drainQueue();
-    outcome.osdRecords = drainOsdQueue();
+    outcome.records = drain(biz_CMDSWork::HexCmdlock, biz_CMDSWork::queueHexCmd);
+    outcome.osdRecords = drain(biz_Osd_CMDSWork::sendQueueLock, biz_Osd_CMDSWork::sendQueue);
     return outcome;
 }
 
@@ -82,24 +57,33 @@ QString usageOf(const QVector<const Operation*>& candidates) {
     return lines.join(QLatin1Char('\n'));
 }
 
-template <int UtilityValues::*member>
-QString number(const UtilityValues& u) {
-    return QString::number(u.*member);
+// A utility value's getter and setter, for a number or a text member.
+template <auto member>
+QString get(const UtilityValues& u) {
+    if constexpr (std::is_same_v<decltype(u.*member), const QString&>)
+        return u.*member;
+    else
+        return QString::number(u.*member);
 }
-template <int UtilityValues::*member>
-void setNumber(UtilityValues& u, const QString& word) {
-    u.*member = word.toInt(nullptr, 0);
-}
-template <QString UtilityValues::*member>
-QString text(const UtilityValues& u) {
-    return u.*member;
-}
-template <QString UtilityValues::*member>
-void setText(UtilityValues& u, const QString& word) {
-    u.*member = word;
+template <auto member>
+void set(UtilityValues& u, const QString& word) {
+    if constexpr (std::is_same_v<decltype(u.*member), QString&>)
+        u.*member = word;
+    else
+        u.*member = word.toInt(nullptr, 0);
 }
 
 } // namespace
+
+void applyUtility(const UtilityValues& u) {
+    Utility_Manage::setDeviceType(u.deviceType);
+    Utility_Manage::setDeviceSubType(u.subType);
+    Utility_Manage::setConnectType(u.connectType);
+    Utility_Manage::setConnectToneFlag(u.toneFlag);
+    Utility_Manage::setToneProcVer(u.toneVersion);
+    Utility_Manage::setLocalIP(u.localIp);
+    Utility_Manage::setUserID(u.userId);
+}
 
 const UtilityOption* utilityOption(const QString& option) {
     for (const UtilityOption& o : utilityOptions())
@@ -112,17 +96,17 @@ const QVector<UtilityOption>& utilityOptions() {
     using U = UtilityValues;
     static const QVector<UtilityOption> options = {
         {"subtype", "subType", "CODE", "Device sub-type code.", false, INT_MIN, INT_MAX, "0",
-         number<&U::subType>, setNumber<&U::subType>},
+         get<&U::subType>, set<&U::subType>},
         {"connect-type", "connectType", "N", "Link kind reported by the utility.", false, 0, 0xFF,
-         "0", number<&U::connectType>, setNumber<&U::connectType>},
+         "0", get<&U::connectType>, set<&U::connectType>},
         {"tone-flag", "toneFlag", "N", "Keyboard link confirmed (1) or not (0).", false, INT_MIN,
-         INT_MAX, "1", number<&U::toneFlag>, setNumber<&U::toneFlag>},
+         INT_MAX, "1", get<&U::toneFlag>, set<&U::toneFlag>},
         {"tone-ver", "toneVersion", "TEXT", "Keyboard firmware version.", true, 0, 0, "",
-         text<&U::toneVersion>, setText<&U::toneVersion>},
-        {"local-ip", "localIp", "TEXT", "Local address setting.", true, 0, 0, "", text<&U::localIp>,
-         setText<&U::localIp>},
+         get<&U::toneVersion>, set<&U::toneVersion>},
+        {"local-ip", "localIp", "TEXT", "Local address setting.", true, 0, 0, "", get<&U::localIp>,
+         set<&U::localIp>},
         {"user-id", "userId", "TEXT", "Logged-in user, as H40B messages carry it.", true, 0, 0, "",
-         text<&U::userId>, setText<&U::userId>},
+         get<&U::userId>, set<&U::userId>},
     };
     return options;
 }
@@ -152,11 +136,11 @@ QJsonObject Outcome::json(int k) const {
 }
 
 decltype(qHash(0)) qHash(const Call::Key& key, decltype(qHash(0)) seed) {
-    const UtilityValues& u = key.utility;
-    auto hash = qHash(key.op, seed);
-    for (const auto part : {qHash(key.words), qHash(key.changes), qHash(u.deviceType),
-                            qHash(u.subType), qHash(u.connectType), qHash(u.toneFlag),
-                            qHash(u.toneVersion), qHash(u.localIp), qHash(u.userId)})
+    const auto& [op, words, u, changes] = key;
+    auto hash = qHash(op, seed);
+    for (const auto part :
+         {qHash(words), qHash(changes), qHash(u.deviceType), qHash(u.subType), qHash(u.connectType),
+          qHash(u.toneFlag), qHash(u.toneVersion), qHash(u.localIp), qHash(u.userId)})
         hash = hash * 31 + part;
     return hash;
 }
@@ -221,9 +205,7 @@ Outcome runRaw(const QStringList& words, int timeout, const QString& text,
     });
 }
 
-Quiet::Quiet()
-    : category(QLoggingCategory::defaultCategory()), debug(category->isDebugEnabled()),
-      warning(category->isWarningEnabled()) {
+Quiet::Quiet() {
     category->setEnabled(QtDebugMsg, false);
     category->setEnabled(QtWarningMsg, false);
 }

@@ -16,6 +16,7 @@
 
 #include <optional>
 #include <stdexcept>
+#include <tuple>
 
 // A request that cannot be run as given; the text names the problem.
 struct UsageError : std::runtime_error {
@@ -33,11 +34,10 @@ struct UtilityValues {
     QString localIp;
     QString userId;
 
-    bool operator==(const UtilityValues& o) const {
-        return deviceType == o.deviceType && subType == o.subType && connectType == o.connectType &&
-               toneFlag == o.toneFlag && toneVersion == o.toneVersion && localIp == o.localIp &&
-               userId == o.userId;
+    auto tied() const {
+        return std::tie(deviceType, subType, connectType, toneFlag, toneVersion, localIp, userId);
     }
+    bool operator==(const UtilityValues& o) const { return tied() == o.tied(); }
 };
 
 // Each utility value but the device type, with the dalctl option that sets it: the options,
@@ -81,17 +81,9 @@ struct Call {
     Models models;
     UtilityValues utility;
 
-    // What tells this call from another: calls with equal keys queue the same.
-    struct Key {
-        const Operation* op;
-        QStringList words;
-        UtilityValues utility;
-        QString changes; // the models', since the built-in ones
-
-        bool operator==(const Key& o) const {
-            return op == o.op && words == o.words && utility == o.utility && changes == o.changes;
-        }
-    };
+    // What tells this call from another: calls with equal keys queue the same. The models are
+    // told apart by their changes since the built-in ones.
+    using Key = std::tuple<const Operation*, QStringList, UtilityValues, QString>;
     Key key() const { return {op, words, utility, models.changes}; }
 };
 // uint in Qt 5, size_t in Qt 6
@@ -122,7 +114,7 @@ public:
     Quiet& operator=(const Quiet&) = delete;
 
 private:
-    QLoggingCategory* category;
-    bool debug;
-    bool warning;
+    QLoggingCategory* category = QLoggingCategory::defaultCategory();
+    bool debug = category->isDebugEnabled();
+    bool warning = category->isWarningEnabled();
 };
