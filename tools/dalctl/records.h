@@ -147,7 +147,7 @@ bool recordFromJson(const QJsonObject& json, AnyRecord& rec, QString& error);
 // A record read back from the printout, starting at `lines[at]`: its first line and the lines
 // after it, or a head line alone (with what follows it). `at` is left on its last line.
 struct PrintedRecord {
-    QString what; // "record 1 (line 3)", "OSD record 2 (line 9)", "head (line 5)"
+    QString what;             // "record 1 (line 3)", "OSD record 2 (line 9)", "head (line 5)"
     bool deviceKnown = false; // its first line, with the device type, was there
     AnyRecord rec;
     QStringList parts; // the parts the printout holds
