@@ -109,8 +109,8 @@ bool readPrinted(Input& in, int& at) {
 bool readJsonLine(Input& in, int at) {
     const QJsonDocument doc = QJsonDocument::fromJson(in.lines[at].trimmed().toUtf8());
     const QJsonObject json = doc.object();
-    if (!doc.isObject() ||
-        (!json.contains(QLatin1String("head")) && !json.value(QLatin1String("osd")).toBool())) {
+    const bool osd = json.value(QLatin1String("osd")).toBool();
+    if (!doc.isObject() || (!json.contains(QLatin1String("head")) && !osd)) {
         if (!doc.isObject())
             in.stray = in.where(
                 QStringLiteral("a line that starts like JSON but is not a JSON object"), at);
@@ -123,7 +123,6 @@ bool readJsonLine(Input& in, int at) {
     }
     AnyRecord rec;
     QString error;
-    const bool osd = json.value(QLatin1String("osd")).toBool();
     Decoding d{in.where(QLatin1String(osd ? "JSON OSD record" : "JSON record"), at), {}};
     if (!recordFromJson(json, rec, error))
         return in.fail(d.what + QStringLiteral(": ") + error);
@@ -173,16 +172,12 @@ bool readHex(const QByteArray& bytes, const Device* device, Decoding& d, QString
     if (bytes.size() >= kOsdHeaderSize && bytes.mid(1, 3) == kOsdMarker)
         d.readings << Reading{QStringLiteral("OSD frame"), engine::osdFrame(bytes),
                               devicesWhere(sendsOsd)};
-    if (bytes.size() >= kHeadSize)
-        d.readings << Reading{QStringLiteral("5-byte head"),
-                              engine::headAndBlock(bytes.left(kHeadSize), bytes.mid(kHeadSize)),
-                              searched(device, sendsHeads)};
     // A record's own head: its second byte is always 0.
-    if (bytes.size() >= kRecordHeadSize && bytes[1] == 0)
-        d.readings << Reading{
-            QStringLiteral("8-byte head"),
-            engine::headAndBlock(bytes.left(kRecordHeadSize), bytes.mid(kRecordHeadSize)),
-            searched(device, sendsHeads)};
+    for (const int size : {kHeadSize, kRecordHeadSize})
+        if (bytes.size() >= size && (size == kHeadSize || bytes[1] == 0))
+            d.readings << Reading{QStringLiteral("%1-byte head").arg(size),
+                                  engine::headAndBlock(bytes.left(size), bytes.mid(size)),
+                                  searched(device, sendsHeads)};
     if (d.readings.isEmpty())
         error = QStringLiteral("%1 bytes are too few: a native record starts with CMD DAT1 DAT2 "
                                "DAT3 DAT4")
@@ -237,41 +232,36 @@ struct Line {
     const engine::Answer* answer;
 };
 
-// The lines of the answers that read the input; those that hold for any text are said apart.
-QVector<Line> linesOf(const Reading& r) {
+// A reading's answers as lines; those that hold for any text are said apart, by the operations
+// that send any text as it stands and the devices they do so on.
+struct Answers {
     QVector<Line> lines;
-    for (const engine::Answer& a : r.result.answers) {
-        if (a.anyText)
-            continue;
-        const QString text = a.text();
-        auto same = std::find_if(lines.begin(), lines.end(), [&](const Line& l) {
-            return l.text == text && l.answer->bytes.size() == a.bytes.size();
-        });
-        if (same != lines.end())
-            same->devices << a.device.name();
-        else
-            lines << Line{text, {a.device.name()}, &a};
-    }
-    return lines;
-}
-
-// The operations that send any text as it stands, and the devices they do so on.
-struct AnyText {
-    QStringList operations;
-    QStringList devices;
+    QStringList anyTextOperations;
+    QStringList anyTextDevices;
 };
 
-AnyText anyTextOf(const Reading& r) {
-    AnyText any;
+void addNew(QStringList& list, const QString& item) {
+    if (!list.contains(item))
+        list << item;
+}
+
+Answers answersOf(const Reading& r) {
+    Answers all;
     for (const engine::Answer& a : r.result.answers) {
-        if (!a.anyText)
-            continue;
-        if (!any.operations.contains(a.call.op->name))
-            any.operations << a.call.op->name;
-        if (!any.devices.contains(a.device.name()))
-            any.devices << a.device.name();
+        const QString text = a.text();
+        auto same = std::find_if(all.lines.begin(), all.lines.end(), [&](const Line& l) {
+            return l.text == text && l.answer->bytes.size() == a.bytes.size();
+        });
+        if (a.anyText) {
+            addNew(all.anyTextOperations, a.call.op->name);
+            addNew(all.anyTextDevices, a.device.name());
+        } else if (same != all.lines.end()) {
+            same->devices << a.device.name();
+        } else {
+            all.lines << Line{text, {a.device.name()}, &a};
+        }
     }
-    return any;
+    return all;
 }
 
 QString bytesLine(const engine::ByteName& b) {
@@ -294,37 +284,37 @@ bool specific(const engine::Result& result) {
 
 bool Decoding::found() const {
     return std::any_of(readings.begin(), readings.end(),
-                       [](const Reading& r) { return !linesOf(r).isEmpty(); });
+                       [](const Reading& r) { return !answersOf(r).lines.isEmpty(); });
 }
 
 QString Decoding::text() const {
     QString out = what + QLatin1Char('\n');
     for (const Reading& r : readings) {
-        const QVector<Line> lines = linesOf(r);
-        const AnyText any = anyTextOf(r);
-        if (r.alternative && lines.isEmpty() && found())
+        const Answers answers = answersOf(r);
+        const QStringList& anyText = answers.anyTextOperations;
+        if (r.alternative && answers.lines.isEmpty() && found())
             continue;
-        if (lines.isEmpty() && any.operations.isEmpty()) {
+        if (answers.lines.isEmpty() && anyText.isEmpty()) {
             out += QStringLiteral("  %1: no operation sends it").arg(r.label);
             if (r.result.closest)
                 out += QStringLiteral("; ") + r.result.closest->text();
             out += QLatin1Char('\n');
             continue;
         }
-        for (const Line& line : lines) {
+        for (const Line& line : answers.lines) {
             out += QStringLiteral("  %1 on %2: %3\n")
                        .arg(r.label, line.devices.join(QLatin1Char(' ')), line.text);
             out += QStringLiteral("    replay: %1\n").arg(line.answer->replay());
             for (const engine::ByteName& b : line.answer->bytes)
                 out += bytesLine(b);
         }
-        if (!any.operations.isEmpty())
-            out += QStringLiteral("  %1 on %2: any text at all, sent as it stands by %3: %4\n")
-                       .arg(r.label, any.devices.join(QLatin1Char(' ')),
-                            any.operations.size() == 1
-                                ? QStringLiteral("1 operation")
-                                : QStringLiteral("%1 operations").arg(any.operations.size()),
-                            any.operations.join(QStringLiteral(", ")));
+        if (!anyText.isEmpty())
+            out +=
+                QStringLiteral("  %1 on %2: any text at all, sent as it stands by %3: %4\n")
+                    .arg(r.label, answers.anyTextDevices.join(QLatin1Char(' ')),
+                         anyText.size() == 1 ? QStringLiteral("1 operation")
+                                             : QStringLiteral("%1 operations").arg(anyText.size()),
+                         anyText.join(QStringLiteral(", ")));
     }
     return out;
 }
@@ -333,7 +323,8 @@ QJsonObject Decoding::json() const {
     QJsonArray candidates;
     QJsonObject closest, anyText;
     for (const Reading& r : readings) {
-        if (r.alternative && linesOf(r).isEmpty() && found())
+        const Answers answers = answersOf(r);
+        if (r.alternative && answers.lines.isEmpty() && found())
             continue;
         for (const engine::Answer& a : r.result.answers) {
             QJsonObject c = a.json();
@@ -341,10 +332,12 @@ QJsonObject Decoding::json() const {
             if (!a.anyText)
                 candidates << c;
         }
-        if (const AnyText any = anyTextOf(r); !any.operations.isEmpty() && anyText.isEmpty())
-            anyText = {{QStringLiteral("read"), r.label},
-                       {QStringLiteral("devices"), QJsonArray::fromStringList(any.devices)},
-                       {QStringLiteral("operations"), QJsonArray::fromStringList(any.operations)}};
+        if (!answers.anyTextOperations.isEmpty() && anyText.isEmpty())
+            anyText = {
+                {QStringLiteral("read"), r.label},
+                {QStringLiteral("devices"), QJsonArray::fromStringList(answers.anyTextDevices)},
+                {QStringLiteral("operations"),
+                 QJsonArray::fromStringList(answers.anyTextOperations)}};
         if (r.result.closest && closest.isEmpty()) {
             closest = r.result.closest->json();
             closest.insert(QStringLiteral("read"), r.label);

@@ -111,14 +111,11 @@ QByteArray referencePage() {
 
 bool writeReferencePage(const QString& path, QString& error) {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
-        return false;
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(referencePage());
+        if (file.commit())
+            return true;
     }
-    file.write(referencePage());
-    if (!file.commit()) {
-        error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
-        return false;
-    }
-    return true;
+    error = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+    return false;
 }

@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <cerrno>
@@ -21,49 +22,37 @@ const char* const kTraceLabel = dal::kTraceHeadLabels[0];
 const int kTraceLabelSize = int(std::strlen(kTraceLabel));
 const char kNote[] = "  # dal: ";
 
-struct Cursor {
-    const char* at;
-    const char* end;
-    bool take(const char* literal) {
-        const std::size_t n = std::strlen(literal);
-        if (std::size_t(end - at) < n || std::memcmp(at, literal, n) != 0)
-            return false;
-        at += n;
-        return true;
-    }
-    // A label between the single spaces that part it from the values around it.
-    bool label(const char* text) { return take(" ") && take(text) && take(" "); }
-    // A quoted run of lowercase hex digits.
-    bool hex(const char*& from, const char*& to) {
-        if (!take("\""))
-            return false;
-        from = at;
-        while (at < end && ((*at >= '0' && *at <= '9') || (*at >= 'a' && *at <= 'f')))
-            ++at;
-        to = at;
-        return take("\"");
-    }
-};
-
-int hexValue(char c) { return c <= '9' ? c - '0' : c - 'a' + 10; }
-
 // The fields after the line's first label: the five head bytes, the block and the quoted text,
 // which closes the line.
-bool parseTrace(Cursor c, TracedRecord& traced) {
-    for (const char* label : dal::kTraceHeadLabels) {
-        const char *from, *to;
-        if (!(label == kTraceLabel ? c.take(" ") : c.label(label)) || !c.hex(from, to) ||
-            to == from || to - from > 2)
-            return false;
-        traced.head +=
-            char(to - from == 1 ? hexValue(*from) : hexValue(*from) * 16 + hexValue(from[1]));
-    }
-    const char *block, *blockEnd;
-    if (!c.label(dal::kTraceBlockLabel) || !c.hex(block, blockEnd) || (blockEnd - block) % 2 ||
-        !c.label(dal::kTraceTextLabel))
-        return false;
-    traced.block = QByteArray::fromHex(QByteArray(block, int(blockEnd - block)));
-    return unquote(QString::fromUtf8(c.at, int(c.end - c.at)), traced.text);
+const QRegularExpression& traceFields() {
+    static const QRegularExpression pattern = [] {
+        const QString hex = QStringLiteral("\"([0-9a-f]{1,2})\"");
+        const auto label = [](const char* text) {
+            return QRegularExpression::escape(QLatin1String(text));
+        };
+        QString fields = QLatin1Char(' ') + hex;
+        for (const char* next : dal::kTraceHeadLabels)
+            if (next != kTraceLabel)
+                fields += QStringLiteral(" %1 %2").arg(label(next), hex);
+        return QRegularExpression(
+            QStringLiteral("\\A%1 %2 \"([0-9a-f]*)\" %3 ([\\s\\S]*)\\z")
+                .arg(fields, label(dal::kTraceBlockLabel), label(dal::kTraceTextLabel)));
+    }();
+    return pattern;
+}
+
+// The record a trace line carries, from what follows its first label.
+TracedRecord tracedOf(const char* fields, int size) {
+    TracedRecord traced;
+    traced.status = TracedRecord::Garbled;
+    const QRegularExpressionMatch m = traceFields().match(QString::fromUtf8(fields, size));
+    if (!m.hasMatch() || m.capturedLength(6) % 2 || !unquote(m.captured(7), traced.text))
+        return traced;
+    for (int i = 1; i <= 5; ++i)
+        traced.head += char(m.captured(i).toInt(nullptr, 16));
+    traced.block = QByteArray::fromHex(m.captured(6).toLatin1());
+    traced.status = TracedRecord::Read;
+    return traced;
 }
 
 // What explain appends to a trace line, and whether it names an operation.
@@ -72,84 +61,67 @@ struct Note {
     bool answered = false;
 };
 
-// The annotation of one distinct trace line, kept so that a log repeating itself is proven
-// once per line.
-class Annotations {
-public:
-    // The note for a trace line, by what follows its label.
-    const Note& of(const QByteArray& traceLine, const Device* device, bool json) {
-        QHash<QByteArray, Note>& cache = caches[{device, json}];
-        const auto it = cache.constFind(traceLine); // looked up in place, copied when kept
-        if (it != cache.constEnd())
-            return *it;
-        if (cache.size() > kLimit) // bounded, so that memory does not grow with the log
-            cache.clear();
-        const QByteArray key(traceLine.constData(), traceLine.size());
-        TracedRecord traced;
-        traced.status =
-            parseTrace(Cursor{traceLine.constData(), traceLine.constData() + traceLine.size()},
-                       traced)
-                ? TracedRecord::Read
-                : TracedRecord::Garbled;
-        return cache[key] =
-                   traced.status == TracedRecord::Read ? build(traced, device, json) : Note();
+// What explain appends to a trace line whose fields `traced` holds.
+Note noteOf(const TracedRecord& traced, const Device* device, bool json) {
+    const QVector<Device> searched = device
+                                         ? QVector<Device>{*device}
+                                         : devicesWhere([](const Family& f) { return f.routed(); });
+    const engine::Result result =
+        engine::prove(engine::traceLine(traced.head, traced.block, traced.text), searched);
+    if (json) {
+        QJsonArray answers;
+        for (const engine::Answer& a : result.answers)
+            answers << a.json();
+        QJsonObject object{{QStringLiteral("head"), QString::fromLatin1(traced.head.toHex())},
+                           {QStringLiteral("candidates"), answers}};
+        if (result.closest)
+            object.insert(QStringLiteral("closest"), result.closest->json());
+        const QByteArray text = QJsonDocument(object).toJson(QJsonDocument::Compact);
+        // members, to follow the line number
+        return {text.mid(1, text.size() - 2), !answers.isEmpty()};
     }
-
-private:
-    static constexpr int kLimit = 4096;
-
-    static Note build(const TracedRecord& traced, const Device* device, bool json) {
-        const QVector<Device> searched =
-            device ? QVector<Device>{*device}
-                   : devicesWhere([](const Family& f) { return f.routed(); });
-        const engine::Result result =
-            engine::prove(engine::traceLine(traced.head, traced.block, traced.text), searched);
-        if (json) {
-            QJsonArray answers;
-            for (const engine::Answer& a : result.answers)
-                answers << a.json();
-            QJsonObject object{{QStringLiteral("head"), QString::fromLatin1(traced.head.toHex())},
-                               {QStringLiteral("candidates"), answers}};
-            if (result.closest)
-                object.insert(QStringLiteral("closest"), result.closest->json());
-            const QByteArray text = QJsonDocument(object).toJson(QJsonDocument::Compact);
-            // members, to follow the line number
-            return {text.mid(1, text.size() - 2), !answers.isEmpty()};
+    // The same answer on several families is written once, with the families.
+    QStringList texts;
+    QVector<QStringList> where; // each text's families
+    for (const engine::Answer& a : result.answers) {
+        int at = int(texts.indexOf(a.text()));
+        if (at < 0) {
+            at = int(texts.size());
+            texts << a.text();
+            where << QStringList();
         }
-        // The same answer on several families is written once, with the families.
-        QStringList texts;
-        QStringList seen;
-        QVector<QStringList> where;
-        for (const engine::Answer& a : result.answers) {
-            const int at = int(seen.indexOf(a.text()));
-            if (at >= 0) {
-                where[at] << a.device.name();
-                continue;
-            }
-            seen << a.text();
-            where << QStringList{a.device.name()};
-        }
-        for (int i = 0; i < seen.size(); ++i)
-            texts << (device ? seen[i] : seen[i] + QStringLiteral(" [") + where[i].join(' ') + ']');
-        if (!texts.isEmpty())
-            return {texts.join(QStringLiteral(" | ")).toUtf8(), true};
-        const QByteArray none = "no operation sends " + traced.head.toHex(' ');
-        return {result.closest ? none + "; " + result.closest->text().toUtf8() : none, false};
+        where[at] << a.device.name();
     }
+    for (int i = 0; !device && i < texts.size(); ++i)
+        texts[i] += QStringLiteral(" [") + where[i].join(' ') + ']';
+    if (!texts.isEmpty())
+        return {texts.join(QStringLiteral(" | ")).toUtf8(), true};
+    const QByteArray none = "no operation sends " + traced.head.toHex(' ');
+    return {result.closest ? none + "; " + result.closest->text().toUtf8() : none, false};
+}
 
-    std::map<std::pair<const Device*, bool>, QHash<QByteArray, Note>> caches;
-};
+// The note for a trace line, by what follows its label; kept per distinct line, so that a log
+// repeating itself is proven once per line.
+const Note& cachedNote(const QByteArray& traceLine, const Device* device, bool json) {
+    static std::map<std::pair<const Device*, bool>, QHash<QByteArray, Note>> caches;
+    constexpr int kLimit = 4096;
+    QHash<QByteArray, Note>& cache = caches[{device, json}];
+    const auto it = cache.constFind(traceLine); // looked up in place, copied when kept
+    if (it != cache.constEnd())
+        return *it;
+    if (cache.size() > kLimit) // bounded, so that memory does not grow with the log
+        cache.clear();
+    const QByteArray key(traceLine.constData(), traceLine.size());
+    const TracedRecord traced = tracedOf(traceLine.constData(), int(traceLine.size()));
+    return cache[key] = traced.status == TracedRecord::Read ? noteOf(traced, device, json) : Note();
+}
 
 } // namespace
 
 TracedRecord readTraceLine(const QByteArray& line) {
-    TracedRecord traced;
-    const auto label = line.indexOf(kTraceLabel);
-    if (label < 0)
-        return traced;
-    const Cursor cursor{line.constData() + label + kTraceLabelSize, line.constData() + line.size()};
-    traced.status = parseTrace(cursor, traced) ? TracedRecord::Read : TracedRecord::Garbled;
-    return traced;
+    const int from = int(line.indexOf(kTraceLabel)) + kTraceLabelSize;
+    return from < kTraceLabelSize ? TracedRecord()
+                                  : tracedOf(line.constData() + from, int(line.size()) - from);
 }
 
 namespace {
@@ -159,7 +131,6 @@ namespace {
 template <class Put>
 bool annotate(const char* line, int size, const Device* device, bool json, long long number,
               Put&& put) {
-    static Annotations annotations;
     int body = size;
     while (body > 0 && (line[body - 1] == '\n' || line[body - 1] == '\r'))
         --body;
@@ -172,22 +143,15 @@ bool annotate(const char* line, int size, const Device* device, bool json, long 
         return false;
     }
     const int from = int(label + kTraceLabelSize);
-    const Note& note =
-        annotations.of(QByteArray::fromRawData(line + from, body - from), device, json);
+    const Note& note = cachedNote(QByteArray::fromRawData(line + from, body - from), device, json);
     static const QByteArray garbled = "cut or garbled trace line";
-    if (json) {
-        const QByteArray prefix = "{\"line\":" + QByteArray::number(number) + ',';
-        put(prefix.constData(), prefix.size());
-        const QByteArray rest = note.text.isEmpty() ? QByteArray("\"error\":\"" + garbled + "\"}\n")
-                                                    : note.text + "}\n";
-        put(rest.constData(), rest.size());
-        return note.answered;
-    }
-    put(line, body);
-    put(kNote, int(sizeof kNote - 1));
-    const QByteArray& said = note.text.isEmpty() ? garbled : note.text;
-    put(said.constData(), said.size());
-    put(ending.constData(), ending.size());
+    const QByteArray said =
+        json ? "{\"line\":" + QByteArray::number(number) + ',' +
+                   (note.text.isEmpty() ? "\"error\":\"" + garbled + '"' : note.text) + "}\n"
+             : kNote + (note.text.isEmpty() ? garbled : note.text) + ending;
+    if (!json)
+        put(line, body);
+    put(said.constData(), int(said.size()));
     return note.answered;
 }
 

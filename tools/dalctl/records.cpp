@@ -36,16 +36,12 @@ QStringList familyNames() {
     return names;
 }
 
-QVector<const Family*> familiesWhere(const std::function<bool(const Family&)>& keep) {
+QVector<const Family*> familiesOf(const QString& className) {
     QVector<const Family*> found;
     for (const Family& f : families())
-        if (keep(f))
+        if (f.className == className)
             found << &f;
     return found;
-}
-
-QVector<const Family*> familiesOf(const QString& className) {
-    return familiesWhere([&](const Family& f) { return f.className == className; });
 }
 
 const Family* familyOfCode(int deviceType) {
@@ -113,8 +109,9 @@ std::optional<Device> deviceNamed(const QString& word) {
 
 QVector<Device> devicesWhere(const std::function<bool(const Family&)>& keep) {
     QVector<Device> found;
-    for (const Family* f : familiesWhere(keep))
-        found << Device{f, f->code, {}};
+    for (const Family& f : families())
+        if (keep(f))
+            found << Device{&f, f.code, {}};
     // The codes a kept family's routing serves apart from its own code, one run per way.
     for (const device::Row& row : device::kRows) {
         const Device d = deviceOfCode(row.code);
@@ -217,152 +214,152 @@ bool unquote(const QString& quoted, QString& text) {
 
 namespace {
 
+bool failed(QString& error, const QString& text) {
+    error = text;
+    return false;
+}
+
+QString hexOf(const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex()); }
 QString spacedHex(const QByteArray& bytes) { return QString::fromLatin1(bytes.toHex(' ')); }
 
-// One field of a record: how it is named in the JSON line and in the printout, what kind of
-// value it holds and how it is read and written. The fields on the printout's first line come
-// first; each of the others has a line of its own.
+// A member's value as the field table holds it: a number, a text or bytes; and back.
+QVariant valueOf(qlonglong number) { return number; }
+QVariant valueOf(const QString& text) { return text; }
+QVariant valueOf(const QByteArray& bytes) { return bytes; }
+template <std::size_t N>
+QVariant valueOf(const unsigned char (&head)[N]) {
+    return dal::bytesOf(head, int(N));
+}
+template <class Number>
+void assign(Number& to, const QVariant& v) {
+    to = Number(v.toLongLong());
+}
+void assign(QString& to, const QVariant& v) { to = v.toString(); }
+void assign(QByteArray& to, const QVariant& v) { to = v.toByteArray(); }
+template <std::size_t N>
+void assign(unsigned char (&head)[N], const QVariant& v) {
+    const QByteArray from = v.toByteArray();
+    std::copy(from.begin(), from.begin() + std::min<int>(int(N), from.size()), head);
+}
+
+// What a field holds, which decides how it is printed, written and read.
+enum class Kind { Device, Number, Text, Head, Bytes };
+// Where the printout has a field: on the record's first line, or on a line of its own (only
+// when not empty, for an optional text).
+enum class Line { First, Own, OwnUnlessEmpty };
+
+// One field of a record: how it is named in the JSON line and in the printout, what it holds
+// and how it is read and written. The fields on the printout's first line come first.
 template <class Rec>
 struct Field {
-    enum Kind { Device, Number, Text, Head, Bytes };
     const char* json;
     const char* label;
     const char* part; // as decode names and compares it
     Kind kind;
-    bool ownLine;
-    bool optional; // on its line only when not empty
+    Line line;
     std::function<QVariant(const Rec&)> get;
     std::function<void(Rec&, const QVariant&)> set;
 
-    bool binary() const { return kind == Head || kind == Bytes; }
+    bool binary() const { return kind == Kind::Head || kind == Kind::Bytes; }
+    bool ownLine() const { return line != Line::First; }
+    int headSize() const { return int(get(Rec()).toByteArray().size()); } // fixed by the record
 };
 
-#define NUMBER(json, label, member)                                                                \
-    {                                                                                              \
-        json, label, json, Field<R>::Number, false, false,                                         \
-            [](const R& r) { return QVariant(qlonglong(r.member)); },                              \
-            [](R& r, const QVariant& v) { r.member = decltype(r.member)(v.toLongLong()); }         \
-    }
-#define TEXT(json, label, part, member, ownLine, optional)                                         \
-    {                                                                                              \
-        json, label, part, Field<R>::Text, ownLine, optional,                                      \
-            [](const R& r) { return QVariant(r.member); },                                         \
-            [](R& r, const QVariant& v) { r.member = v.toString(); }                               \
-    }
-#define BYTES(json, label, part, kind, member)                                                     \
-    {                                                                                              \
-        json, label, part, kind, true, false,                                                      \
-            [](const R& r) { return QVariant(bytesOf(r.member)); },                                \
-            [](R& r, const QVariant& v) { assign(r.member, v.toByteArray()); }                     \
-    }
-
-QByteArray bytesOf(const QByteArray& bytes) { return bytes; }
-template <std::size_t N>
-QByteArray bytesOf(const unsigned char (&head)[N]) {
-    return dal::bytesOf(head, int(N));
-}
-void assign(QByteArray& to, const QByteArray& from) { to = from; }
-template <std::size_t N>
-void assign(unsigned char (&head)[N], const QByteArray& from) {
-    std::copy(from.begin(), from.begin() + std::min<int>(int(N), from.size()), head);
+template <class Rec, class Member>
+Field<Rec> field(const char* json, const char* label, const char* part, Kind kind,
+                 Member Rec::*member, Line line = Line::First) {
+    return {json,
+            label,
+            part,
+            kind,
+            line,
+            [member](const Rec& r) { return valueOf(r.*member); },
+            [member](Rec& r, const QVariant& v) { assign(r.*member, v); }};
 }
 
-const QVector<Field<model_Protocoldata>>& recordFields() {
+// A kind of record: its title in the printout, and its fields.
+template <class Rec>
+struct Table {
+    const char* title;
+    QVector<Field<Rec>> fields;
+};
+
+template <class Rec>
+const Table<Rec>& table();
+
+template <>
+const Table<model_Protocoldata>& table<model_Protocoldata>() {
     using R = model_Protocoldata;
-    static const QVector<Field<R>> fields = {
-        {"deviceType", "device", "deviceType", Field<R>::Device, false, false,
-         [](const R& r) { return QVariant(r.deviceType); },
-         [](R& r, const QVariant& v) { r.deviceType = v.toInt(); }},
-        NUMBER("connectType", "connect", connectType),
-        NUMBER("dataType", "dataType", dataType),
-        NUMBER("msgCode", "msgCode", msgCode),
-        NUMBER("statusByte", "status", statusByte),
-        NUMBER("timeout", "timeout", timeout),
-        BYTES("head", "head", "head", Field<R>::Head, cmdHead),
-        TEXT("strAux1", "strAux1", "strAux1", strAux1, true, true),
-        TEXT("Datablock", "Datablock", "text", Datablock, true, false),
-        BYTES("arryDatablock", "arryDatablock", "block", Field<R>::Bytes, arryDatablock),
-    };
-    return fields;
+    static const Table<R> records{
+        "record",
+        {field("deviceType", "device", "deviceType", Kind::Device, &R::deviceType),
+         field("connectType", "connect", "connectType", Kind::Number, &R::connectType),
+         field("dataType", "dataType", "dataType", Kind::Number, &R::dataType),
+         field("msgCode", "msgCode", "msgCode", Kind::Number, &R::msgCode),
+         field("statusByte", "status", "statusByte", Kind::Number, &R::statusByte),
+         field("timeout", "timeout", "timeout", Kind::Number, &R::timeout),
+         field("head", "head", "head", Kind::Head, &R::cmdHead, Line::Own),
+         field("strAux1", "strAux1", "strAux1", Kind::Text, &R::strAux1, Line::OwnUnlessEmpty),
+         field("Datablock", "Datablock", "text", Kind::Text, &R::Datablock, Line::Own),
+         field("arryDatablock", "arryDatablock", "block", Kind::Bytes, &R::arryDatablock,
+               Line::Own)}};
+    return records;
 }
 
-const QVector<Field<model_OsdParam>>& osdFields() {
+template <>
+const Table<model_OsdParam>& table<model_OsdParam>() {
     using R = model_OsdParam;
-    static const QVector<Field<R>> fields = {
-        TEXT("tag", "tag", "tag", tag, false, false),
-        NUMBER("timeout", "timeout", timeout),
-        BYTES("header", "header", "header", Field<R>::Head, frameHead),
-        BYTES("payload", "payload", "payload", Field<R>::Bytes, payload),
-    };
-    return fields;
+    static const Table<R> records{
+        "OSD record",
+        {field("tag", "tag", "tag", Kind::Text, &R::tag),
+         field("timeout", "timeout", "timeout", Kind::Number, &R::timeout),
+         field("header", "header", "header", Kind::Head, &R::frameHead, Line::Own),
+         field("payload", "payload", "payload", Kind::Bytes, &R::payload, Line::Own)}};
+    return records;
 }
-
-#undef NUMBER
-#undef TEXT
-#undef BYTES
 
 // The record's own head field: where a head line alone is read into.
 constexpr int kHeadField = 6;
 
-// What tells the two kinds of record apart: their fields, and their title in the printout.
+// A field by its part name, looked up in a table built once: decode asks this for every run.
 template <class Rec>
-struct KindOf;
-template <>
-struct KindOf<model_Protocoldata> {
-    static const QVector<Field<model_Protocoldata>>& fields() { return recordFields(); }
-    static constexpr const char* title = "record";
-};
-template <>
-struct KindOf<model_OsdParam> {
-    static const QVector<Field<model_OsdParam>>& fields() { return osdFields(); }
-    static constexpr const char* title = "OSD record";
-};
-
-// The value of a first-line field as the printout shows it.
-template <class Rec>
-QString shown(const Field<Rec>& f, const Rec& rec) {
-    const QVariant v = f.get(rec);
-    switch (f.kind) {
-    case Field<Rec>::Device:
-        return QStringLiteral("%1 (%2)").arg(deviceCodeText(v.toInt()), familyName(v.toInt()));
-    case Field<Rec>::Text:
-        return quote(v.toString());
-    default:
-        return v.toString();
-    }
+const Field<Rec>* fieldNamed(const QString& part) {
+    static const QHash<QString, const Field<Rec>*> byPart = [] {
+        QHash<QString, const Field<Rec>*> all;
+        for (const Field<Rec>& f : table<Rec>().fields)
+            all.insert(QLatin1String(f.part), &f);
+        return all;
+    }();
+    return byPart.value(part);
 }
 
 template <class Rec>
 QString printed(const Rec& rec, int number) {
-    const QVector<Field<Rec>>& fields = KindOf<Rec>::fields();
-    const QString title = QStringLiteral("%1 %2: ").arg(KindOf<Rec>::title).arg(number);
     QStringList first;
-    for (const Field<Rec>& f : fields)
-        if (!f.ownLine)
-            first << QStringLiteral("%1 %2").arg(QLatin1String(f.label), shown(f, rec));
-    QString text = title + first.join(QStringLiteral(", ")) + QLatin1Char('\n');
-    for (const Field<Rec>& f : fields) {
-        if (!f.ownLine)
-            continue;
+    QString own;
+    for (const Field<Rec>& f : table<Rec>().fields) {
         const QVariant v = f.get(rec);
-        if (f.kind == Field<Rec>::Text) {
-            if (!f.optional || !v.toString().isEmpty())
-                text +=
-                    QStringLiteral("  %1: %2\n").arg(QLatin1String(f.label), quote(v.toString()));
-        } else if (f.kind == Field<Rec>::Head) {
-            text += QStringLiteral("  %1: %2\n")
-                        .arg(QLatin1String(f.label), spacedHex(v.toByteArray()));
-        } else {
-            const QByteArray bytes = v.toByteArray();
-            text +=
-                QStringLiteral("  %1 (%2 bytes):%3\n")
-                    .arg(QLatin1String(f.label))
-                    .arg(bytes.size())
-                    .arg(bytes.isEmpty() ? QString()
-                                         : QLatin1Char(' ') + QString::fromLatin1(bytes.toHex()));
-        }
+        const QString label = QLatin1String(f.label);
+        if (!f.ownLine())
+            first << label + QLatin1Char(' ') +
+                         (f.kind == Kind::Device
+                              ? QStringLiteral("%1 (%2)").arg(deviceCodeText(v.toInt()),
+                                                              familyName(v.toInt()))
+                          : f.kind == Kind::Text ? quote(v.toString())
+                                                 : v.toString());
+        else if (f.kind == Kind::Text && (f.line == Line::Own || !v.toString().isEmpty()))
+            own += QStringLiteral("  %1: %2\n").arg(label, quote(v.toString()));
+        else if (f.kind == Kind::Head)
+            own += QStringLiteral("  %1: %2\n").arg(label, spacedHex(v.toByteArray()));
+        else if (f.kind == Kind::Bytes)
+            own += QStringLiteral("  %1 (%2 bytes):%3\n")
+                       .arg(label)
+                       .arg(v.toByteArray().size())
+                       .arg(v.toByteArray().isEmpty() ? QString()
+                                                      : QLatin1Char(' ') + hexOf(v.toByteArray()));
     }
-    return text;
+    return QStringLiteral("%1 %2: ").arg(QLatin1String(table<Rec>().title)).arg(number) +
+           first.join(QStringLiteral(", ")) + QLatin1Char('\n') + own;
 }
 
 template <class Rec>
@@ -371,74 +368,49 @@ QJsonObject asJson(const Rec& rec) {
     // The OSD box's record says so: its fields alone do not tell it from a cut record.
     if (std::is_same_v<Rec, model_OsdParam>)
         json.insert(QStringLiteral("osd"), true);
-    for (const Field<Rec>& f : KindOf<Rec>::fields()) {
+    for (const Field<Rec>& f : table<Rec>().fields) {
         const QVariant v = f.get(rec);
-        switch (f.kind) {
-        case Field<Rec>::Device:
-            json.insert(QLatin1String(f.json), deviceCodeText(v.toInt()));
+        if (f.kind == Kind::Device)
             json.insert(QStringLiteral("family"), familyName(v.toInt()));
-            break;
-        case Field<Rec>::Number:
-            json.insert(QLatin1String(f.json), v.toLongLong());
-            break;
-        case Field<Rec>::Text:
-            json.insert(QLatin1String(f.json), v.toString());
-            break;
-        case Field<Rec>::Bytes:
+        if (f.kind == Kind::Bytes)
             json.insert(QStringLiteral("length"), v.toByteArray().size());
-            Q_FALLTHROUGH();
-        case Field<Rec>::Head:
-            json.insert(QLatin1String(f.json), QString::fromLatin1(v.toByteArray().toHex()));
-            break;
-        }
+        json.insert(QLatin1String(f.json),
+                    f.kind == Kind::Device   ? QJsonValue(deviceCodeText(v.toInt()))
+                    : f.kind == Kind::Number ? QJsonValue(v.toLongLong())
+                    : f.kind == Kind::Text   ? QJsonValue(v.toString())
+                                             : QJsonValue(hexOf(v.toByteArray())));
     }
     return json;
 }
 
-// Sets one field from its JSON value or printed word; false when the value is not of its kind.
+// Sets one field from its JSON value; false when the value is not of its kind.
 template <class Rec>
 bool setField(const Field<Rec>& f, Rec& rec, const QJsonValue& value) {
-    switch (f.kind) {
-    case Field<Rec>::Device: {
-        // A code no family has is still a record's: the device search's first probes carry 0.
-        bool ok = value.isDouble();
-        const int code = value.isString() ? value.toString().toInt(&ok, 0) : value.toInt();
-        if (!ok)
-            return false;
-        f.set(rec, code);
-        return true;
+    bool ok = value.isDouble();
+    QVariant v = qlonglong(ok ? value.toDouble() : 0);
+    if (f.kind == Kind::Device) // a code no family has is still a record's: probes carry 0
+        v = value.isString() ? value.toString().toInt(&ok, 0) : value.toInt();
+    if (f.kind == Kind::Text) {
+        ok = value.isString();
+        v = value.toString();
     }
-    case Field<Rec>::Number:
-        if (!value.isDouble())
-            return false;
-        f.set(rec, qlonglong(value.toDouble()));
-        return true;
-    case Field<Rec>::Text:
-        if (!value.isString())
-            return false;
-        f.set(rec, value.toString());
-        return true;
-    default: {
-        const QString hex = value.toString();
-        if (!value.isString() || !isHexPairs(hex))
-            return false;
-        const QByteArray bytes = QByteArray::fromHex(hex.toLatin1());
-        const int size = f.get(Rec()).toByteArray().size();
-        if (f.kind == Field<Rec>::Head && bytes.size() != size)
-            return false;
-        f.set(rec, bytes);
-        return true;
+    if (f.binary()) {
+        v = QByteArray::fromHex(value.toString().toLatin1());
+        ok = value.isString() && isHexPairs(value.toString()) &&
+             (f.kind == Kind::Bytes || v.toByteArray().size() == f.headSize());
     }
-    }
+    if (ok)
+        f.set(rec, v);
+    return ok;
 }
 
 template <class Rec>
 bool fromJson(const QJsonObject& json, Rec& rec, QString& error) {
-    const QVector<Field<Rec>>& fields = KindOf<Rec>::fields();
-    const QString what = QLatin1String(KindOf<Rec>::title);
+    static const char* const kWanted[] = {"a device code", "a number", "a text", "", "hex"};
+    const QVector<Field<Rec>>& fields = table<Rec>().fields;
+    const QString what = QLatin1String(table<Rec>().title);
     rec = Rec();
-    QByteArray* counted = nullptr;
-    QByteArray block;
+    int counted = 0; // the bytes given, which a "length" member must count
     for (auto it = json.begin(); it != json.end(); ++it) {
         if (it.key() == QLatin1String("family") || it.key() == QLatin1String("length") ||
             it.key() == QLatin1String("osd"))
@@ -446,35 +418,55 @@ bool fromJson(const QJsonObject& json, Rec& rec, QString& error) {
         const auto f = std::find_if(fields.begin(), fields.end(), [&](const Field<Rec>& f) {
             return it.key() == QLatin1String(f.json);
         });
-        if (f == fields.end()) {
-            error = QStringLiteral("%1 has no field named %2").arg(what, it.key());
-            return false;
-        }
-        if (!setField(*f, rec, it.value())) {
-            error = f->kind == Field<Rec>::Head
-                        ? QStringLiteral("%1 %2 must be %3 bytes of hex")
-                              .arg(what, it.key())
-                              .arg(f->get(Rec()).toByteArray().size())
-                        : QStringLiteral("%1 %2 must be %3")
-                              .arg(what, it.key(),
-                                   QLatin1String(f->kind == Field<Rec>::Bytes    ? "hex"
-                                                 : f->kind == Field<Rec>::Text   ? "a text"
-                                                 : f->kind == Field<Rec>::Device ? "a device code"
-                                                                                 : "a number"));
-            return false;
-        }
-        if (f->kind == Field<Rec>::Bytes) {
-            block = f->get(rec).toByteArray();
-            counted = &block;
-        }
+        if (f == fields.end())
+            return failed(error, QStringLiteral("%1 has no field named %2").arg(what, it.key()));
+        if (!setField(*f, rec, it.value()))
+            return failed(error,
+                          f->kind == Kind::Head
+                              ? QStringLiteral("%1 %2 must be %3 bytes of hex")
+                                    .arg(what, it.key())
+                                    .arg(f->headSize())
+                              : QStringLiteral("%1 %2 must be %3")
+                                    .arg(what, it.key(), QLatin1String(kWanted[int(f->kind)])));
+        if (f->kind == Kind::Bytes)
+            counted = f->get(rec).toByteArray().size();
     }
-    // A "length" member, when there is one, must count the bytes given.
     if (json.contains(QLatin1String("length")) &&
-        json.value(QLatin1String("length")).toInt(-1) != (counted ? counted->size() : 0)) {
-        error = QStringLiteral("%1 length does not count its bytes: cut or garbled").arg(what);
-        return false;
-    }
+        json.value(QLatin1String("length")).toInt(-1) != counted)
+        return failed(
+            error, QStringLiteral("%1 length does not count its bytes: cut or garbled").arg(what));
     return true;
+}
+
+// The "command" part: the head's CMD and DAT1..DAT4.
+constexpr int kCommandAt = 2;
+constexpr int kCommandSize = 5;
+
+template <class Rec>
+Part partOf(const Field<Rec>& f, const Rec& rec) {
+    const QVariant v = f.get(rec);
+    return {QLatin1String(f.part), f.binary(),
+            f.binary()             ? latin1(v.toByteArray())
+            : f.kind == Kind::Text ? v.toString()
+                                   : QString::number(v.toLongLong())};
+}
+
+template <class Rec>
+std::optional<Parts> partsIn(const Rec& rec, const Parts& shape) {
+    Parts parts;
+    if (shape.isEmpty())
+        for (const Field<Rec>& f : table<Rec>().fields)
+            parts << partOf(f, rec);
+    for (const Part& wanted : shape) {
+        const bool command = wanted.name == QLatin1String("command");
+        const Field<Rec>* f = fieldNamed<Rec>(command ? QStringLiteral("head") : wanted.name);
+        if (!f)
+            return std::nullopt;
+        parts << partOf(*f, rec);
+        if (command)
+            parts.last() = {wanted.name, true, parts.last().value.mid(kCommandAt, kCommandSize)};
+    }
+    return parts;
 }
 
 } // namespace
@@ -493,108 +485,38 @@ bool recordFromJson(const QJsonObject& json, model_OsdParam& rec, QString& error
 }
 
 bool recordFromJson(const QJsonObject& json, AnyRecord& rec, QString& error) {
-    if (json.value(QLatin1String("osd")).toBool()) {
-        rec = model_OsdParam();
-        return fromJson(json, std::get<model_OsdParam>(rec), error);
-    }
-    rec = model_Protocoldata();
-    return fromJson(json, std::get<model_Protocoldata>(rec), error);
+    rec = json.value(QLatin1String("osd")).toBool() ? AnyRecord(model_OsdParam())
+                                                    : AnyRecord(model_Protocoldata());
+    return std::visit([&](auto& r) { return fromJson(json, r, error); }, rec);
 }
 
-// ---- the parts decode compares
-// ---------------------------------------------------------------------
-
-namespace {
-
-// The "command" part: the head's CMD and DAT1..DAT4.
-constexpr int kCommandAt = 2;
-constexpr int kCommandSize = 5;
-
-template <class Rec>
-Part partOf(const Field<Rec>& f, const Rec& rec) {
-    const QVariant v = f.get(rec);
-    return {QLatin1String(f.part), f.binary(),
-            f.binary()                   ? latin1(v.toByteArray())
-            : f.kind == Field<Rec>::Text ? v.toString()
-                                         : QString::number(v.toLongLong())};
-}
-
-// A field by its part name, looked up in a table built once: decode asks this for every run.
-template <class Rec>
-const Field<Rec>* fieldNamed(const QVector<Field<Rec>>& fields, const QString& part) {
-    static const QHash<QString, const Field<Rec>*> byPart = [&] {
-        QHash<QString, const Field<Rec>*> all;
-        for (const Field<Rec>& f : fields)
-            all.insert(QLatin1String(f.part), &f);
-        return all;
-    }();
-    return byPart.value(part);
-}
-
-template <class Rec>
-std::optional<Parts> partsIn(const QVector<Field<Rec>>& fields, const Rec& rec,
-                             const Parts& shape) {
-    Parts parts;
-    if (shape.isEmpty()) {
-        for (const Field<Rec>& f : fields)
-            parts << partOf(f, rec);
-        return parts;
-    }
-    for (const Part& wanted : shape) {
-        const bool command = wanted.name == QLatin1String("command");
-        const Field<Rec>* f = fieldNamed(fields, command ? QStringLiteral("head") : wanted.name);
-        if (!f)
-            return std::nullopt;
-        parts << partOf(*f, rec);
-        if (command)
-            parts.last() = {wanted.name, true, parts.last().value.mid(kCommandAt, kCommandSize)};
-    }
-    return parts;
-}
-
-} // namespace
-
-Parts fieldParts(const model_Protocoldata& rec) { return *partsIn(recordFields(), rec, {}); }
-Parts fieldParts(const model_OsdParam& rec) { return *partsIn(osdFields(), rec, {}); }
+Parts fieldParts(const model_Protocoldata& rec) { return *partsIn(rec, {}); }
+Parts fieldParts(const model_OsdParam& rec) { return *partsIn(rec, {}); }
 Parts fieldParts(const AnyRecord& rec) {
-    return std::visit([](const auto& r) { return fieldParts(r); }, rec);
+    return std::visit([](const auto& r) { return *partsIn(r, {}); }, rec);
 }
 
 std::optional<Parts> partsOf(const model_Protocoldata& rec, const Parts& shape) {
-    return partsIn(recordFields(), rec, shape);
+    return partsIn(rec, shape);
 }
 
 std::optional<Parts> partsOf(const model_OsdParam& rec, const Parts& shape) {
-    return partsIn(osdFields(), rec, shape);
-}
-
-std::optional<Parts> partsOf(const Parts& fields, const Parts& shape) {
-    Parts parts;
-    for (const Part& wanted : shape) {
-        const bool command = wanted.name == QLatin1String("command");
-        const auto f = std::find_if(fields.begin(), fields.end(), [&](const Part& f) {
-            return f.name == (command ? QStringLiteral("head") : wanted.name);
-        });
-        if (f == fields.end())
-            return std::nullopt;
-        parts << (command ? bytesPart("command", f->value.mid(kCommandAt, kCommandSize).toLatin1())
-                          : *f);
-    }
-    return parts;
+    return partsIn(rec, shape);
 }
 
 bool sameFields(const model_Protocoldata& a, const model_Protocoldata& b,
                 const QStringList& ignoring) {
-    return std::all_of(recordFields().begin(), recordFields().end(), [&](const auto& f) {
+    const auto& fields = table<model_Protocoldata>().fields;
+    return std::all_of(fields.begin(), fields.end(), [&](const auto& f) {
         return ignoring.contains(QLatin1String(f.part)) || f.get(a) == f.get(b);
     });
 }
 
 bool comparedByEnds(const QString& part) {
-    const auto* f = fieldNamed(recordFields(), part);
-    const auto* o = fieldNamed(osdFields(), part);
-    return part == QLatin1String("command") || (f && f->kind >= Field<model_Protocoldata>::Text) ||
-           (o && o->kind >= Field<model_OsdParam>::Text);
+    const auto* f = fieldNamed<model_Protocoldata>(part);
+    const auto* o = fieldNamed<model_OsdParam>(part);
+    return part == QLatin1String("command") || (f && f->kind >= Kind::Text) ||
+           (o && o->kind >= Kind::Text);
 }
 
 std::optional<CommandBytes> commandBytesOf(const QString& part) {
@@ -610,12 +532,12 @@ std::optional<CommandBytes> commandBytesOf(const QString& part) {
 QString recordSummary(const model_Protocoldata& rec) {
     constexpr int kShownBytes = 32;
     QString summary = QStringLiteral("%1 [%2] %3 (%4)")
-                          .arg(deviceCodeText(rec.deviceType), spacedHex(bytesOf(rec.cmdHead)),
+                          .arg(deviceCodeText(rec.deviceType),
+                               spacedHex(dal::bytesOf(rec.cmdHead, int(sizeof rec.cmdHead))),
                                quote(rec.Datablock))
                           .arg(rec.arryDatablock.size());
     if (!rec.arryDatablock.isEmpty())
-        summary +=
-            QLatin1Char(' ') + QString::fromLatin1(rec.arryDatablock.left(kShownBytes).toHex());
+        summary += QLatin1Char(' ') + hexOf(rec.arryDatablock.left(kShownBytes));
     if (rec.arryDatablock.size() > kShownBytes)
         summary += QStringLiteral("...");
     return summary;
@@ -630,110 +552,95 @@ const QString kQuoted = QStringLiteral("(\"(?:[^\"\\\\]|\\\\.)*\")");
 
 // The pattern of a first line: its title, then each first-line field's value.
 template <class Rec>
-QRegularExpression firstLine() {
-    QStringList parts;
-    for (const Field<Rec>& f : KindOf<Rec>::fields()) {
-        if (f.ownLine)
-            continue;
-        const QString value = f.kind == Field<Rec>::Device
-                                  ? QStringLiteral("0x([0-9A-Fa-f]{1,8}) \\(\\w+\\)")
-                              : f.kind == Field<Rec>::Text ? kQuoted
-                                                           : QStringLiteral("(-?\\d+)");
-        parts << QLatin1String(f.label) + QLatin1Char(' ') + value;
-    }
-    return QRegularExpression(QStringLiteral("^%1 (\\d+): ").arg(KindOf<Rec>::title) +
-                              parts.join(QStringLiteral(", ")) + QLatin1Char('$'));
-}
-
-template <class Rec>
 const QRegularExpression& firstLinePattern() {
-    static const QRegularExpression pattern = firstLine<Rec>();
+    static const QRegularExpression pattern = [] {
+        QStringList parts;
+        for (const Field<Rec>& f : table<Rec>().fields)
+            if (!f.ownLine())
+                parts << QLatin1String(f.label) + QLatin1Char(' ') +
+                             (f.kind == Kind::Device
+                                  ? QStringLiteral("0x([0-9A-Fa-f]{1,8}) \\(\\w+\\)")
+                              : f.kind == Kind::Text ? kQuoted
+                                                     : QStringLiteral("(-?\\d+)"));
+        return QRegularExpression(
+            QStringLiteral("^%1 (\\d+): ").arg(QLatin1String(table<Rec>().title)) +
+            parts.join(QStringLiteral(", ")) + QLatin1Char('$'));
+    }();
     return pattern;
 }
 
 // The pattern of a field's own line.
 template <class Rec>
-QRegularExpression ownLine(const Field<Rec>& f) {
-    const QString label = QLatin1String(f.label);
-    if (f.kind == Field<Rec>::Text)
-        return QRegularExpression(QLatin1Char('^') + label + QStringLiteral(": ") + kQuoted + '$');
-    if (f.kind == Field<Rec>::Head)
-        return QRegularExpression(QLatin1Char('^') + label +
-                                  QStringLiteral(": ((?:[0-9a-fA-F]{2} )*[0-9a-fA-F]{2})$"));
-    return QRegularExpression(QLatin1Char('^') + label +
-                              QStringLiteral(" \\((\\d+) bytes\\):(?: (\\S+))?$"));
+QRegularExpression ownLinePattern(const Field<Rec>& f) {
+    const QString value = f.kind == Kind::Text ? QStringLiteral(": ") + kQuoted
+                          : f.kind == Kind::Head
+                              ? QStringLiteral(": ((?:[0-9a-fA-F]{2} )*[0-9a-fA-F]{2})")
+                              : QStringLiteral(" \\((\\d+) bytes\\):(?: (\\S+))?");
+    return QRegularExpression(QLatin1Char('^') + QLatin1String(f.label) + value + QLatin1Char('$'));
 }
 
 const QRegularExpression& headLine() {
-    static const QRegularExpression pattern = ownLine(recordFields()[kHeadField]);
+    static const QRegularExpression pattern =
+        ownLinePattern(table<model_Protocoldata>().fields[kHeadField]);
     return pattern;
 }
 
-bool failed(QString& error, const QString& text) {
-    error = text;
-    return false;
-}
-
 // Reads the first line's values (when `first` matched) and then each own line in order, noting
-// the parts read; a printout with its first line must hold every line that is not optional.
+// the parts read; a printout with its first line must hold every line that is not optional, a
+// head line alone (its own first line) only the head.
 template <class Rec>
 bool readPrinted(const QRegularExpressionMatch& first, const QStringList& lines, int& at,
                  PrintedRecord& read, QString& error) {
     Rec rec;
     const QString& what = read.what;
+    const bool titled = first.hasMatch();
     int group = 2;
-    for (const Field<Rec>& f : KindOf<Rec>::fields()) {
-        if (f.ownLine || !first.hasMatch())
-            continue;
-        const QString word = first.captured(group++);
+    int next = titled ? at + 1 : at;
+    for (const Field<Rec>& f : table<Rec>().fields) {
+        const QString label = QLatin1String(f.label);
         QString text;
-        if (f.kind == Field<Rec>::Text && !unquote(word, text))
-            return failed(error, what + QStringLiteral(" is garbled in its %1").arg(f.label));
-        f.set(rec, f.kind == Field<Rec>::Text     ? QVariant(text)
-                   : f.kind == Field<Rec>::Device ? QVariant(int(word.toUInt(nullptr, 16)))
-                                                  : QVariant(word.toLongLong()));
-        read.parts << QLatin1String(f.part);
-    }
-    bool started = first.hasMatch();
-    for (const Field<Rec>& f : KindOf<Rec>::fields()) {
-        if (!f.ownLine)
+        if (!f.ownLine()) {
+            if (!titled)
+                continue;
+            const QString word = first.captured(group++);
+            if (f.kind == Kind::Text && !unquote(word, text))
+                return failed(error, what + QStringLiteral(" is garbled in its %1").arg(label));
+            f.set(rec, f.kind == Kind::Text     ? QVariant(text)
+                       : f.kind == Kind::Device ? QVariant(int(word.toUInt(nullptr, 16)))
+                                                : QVariant(word.toLongLong()));
+            read.parts << QLatin1String(f.part);
             continue;
-        const QString line = at + (started ? 1 : 0) < lines.size()
-                                 ? lines[at + (started ? 1 : 0)].trimmed()
-                                 : QString();
-        const QRegularExpressionMatch m = ownLine(f).match(line);
+        }
+        const QRegularExpressionMatch m =
+            ownLinePattern(f).match(next < lines.size() ? lines[next].trimmed() : QString());
         if (!m.hasMatch()) {
-            if (f.optional || (!first.hasMatch() && started))
+            if (f.line == Line::OwnUnlessEmpty || (!titled && !read.parts.isEmpty()))
                 continue;
             return failed(error,
-                          what + QStringLiteral(" is cut: its %1 line is missing").arg(f.label));
+                          what + QStringLiteral(" is cut: its %1 line is missing").arg(label));
         }
-        if (started)
-            ++at;
-        started = true;
+        at = next++;
         read.parts << QLatin1String(f.part);
-        if (f.kind == Field<Rec>::Text) {
-            QString text;
+        if (f.kind == Kind::Text) {
             if (!unquote(m.captured(1), text))
                 return failed(error,
-                              what + QStringLiteral(" is garbled in its %1 text").arg(f.label));
+                              what + QStringLiteral(" is garbled in its %1 text").arg(label));
             f.set(rec, text);
-        } else if (f.kind == Field<Rec>::Head) {
+        } else if (f.kind == Kind::Head) {
             read.head = QByteArray::fromHex(m.captured(1).remove(QLatin1Char(' ')).toLatin1());
-            const int size = int(f.get(Rec()).toByteArray().size());
-            if (first.hasMatch() && read.head.size() != size)
+            if (titled && read.head.size() != f.headSize())
                 return failed(error, what + QStringLiteral(" is cut: its %1 line holds %2 bytes, "
                                                            "not %3")
-                                                .arg(f.label)
+                                                .arg(label)
                                                 .arg(read.head.size())
-                                                .arg(size));
+                                                .arg(f.headSize()));
             f.set(rec, read.head);
         } else {
+            const QByteArray bytes = QByteArray::fromHex(m.captured(2).toLatin1());
             if (!isHexPairs(m.captured(2)))
                 return failed(
                     error,
-                    what + QStringLiteral(" is garbled: its %1 is not hex pairs").arg(f.label));
-            const QByteArray bytes = QByteArray::fromHex(m.captured(2).toLatin1());
+                    what + QStringLiteral(" is garbled: its %1 is not hex pairs").arg(label));
             if (bytes.size() != m.captured(1).toInt())
                 return failed(error, QStringLiteral("%1 is cut: it says %2 bytes but holds %3")
                                          .arg(what, m.captured(1))
@@ -761,7 +668,6 @@ bool readRecord(const QStringList& lines, int& at, PrintedRecord& read, QString&
     const QRegularExpressionMatch first = firstLinePattern<model_Protocoldata>().match(line);
     const QRegularExpressionMatch& titled = osd.hasMatch() ? osd : first;
     read.deviceKnown = titled.hasMatch();
-    read.number = titled.captured(1).toInt();
     read.what = QStringLiteral("%1 (line %2)")
                     .arg(osd.hasMatch()     ? QStringLiteral("OSD record ") + osd.captured(1)
                          : read.deviceKnown ? QStringLiteral("record ") + first.captured(1)

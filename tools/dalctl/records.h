@@ -48,8 +48,6 @@ struct Device {
 // Every family, in the list's order.
 const QVector<Family>& families();
 QStringList familyNames();
-// The families `keep` keeps, in the list's order.
-QVector<const Family*> familiesWhere(const std::function<bool(const Family&)>& keep);
 // The families whose records `className` queues.
 QVector<const Family*> familiesOf(const QString& className);
 // The family of a name, in any case; null when there is none.
@@ -120,8 +118,6 @@ Parts fieldParts(const AnyRecord& rec);
 // nothing when the record has one of them not.
 std::optional<Parts> partsOf(const model_Protocoldata& rec, const Parts& shape);
 std::optional<Parts> partsOf(const model_OsdParam& rec, const Parts& shape);
-// The parts `shape` names, out of a record's every field.
-std::optional<Parts> partsOf(const Parts& fields, const Parts& shape);
 // Whether two records' fields are the same, but for those named (by part).
 bool sameFields(const model_Protocoldata& a, const model_Protocoldata& b,
                 const QStringList& ignoring = {});
@@ -151,8 +147,7 @@ bool recordFromJson(const QJsonObject& json, AnyRecord& rec, QString& error);
 // A record read back from the printout, starting at `lines[at]`: its first line and the lines
 // after it, or a head line alone (with what follows it). `at` is left on its last line.
 struct PrintedRecord {
-    QString what; // "record 1 (line 3)", "OSD record 2 (line 9)", "head (line 5)"
-    int number = 0;
+    QString what;             // "record 1 (line 3)", "OSD record 2 (line 9)", "head (line 5)"
     bool deviceKnown = false; // its first line, with the device type, was there
     AnyRecord rec;
     QStringList parts; // the parts the printout holds
