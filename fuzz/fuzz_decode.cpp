@@ -1,6 +1,7 @@
 // Arbitrary input to decode, explain and --model.
 // Input: one byte, then what is read. The byte's low four bits pick the device the input went
-// to (0: none given, else the device of that place among every family's and the codes beside); bits 4 and 5 pick the reader:
+// to (0: none given, else the device of that place among the families' own codes and the codes
+// beside them); bits 4 and 5 pick the reader:
 //   0  decode: hex heads and blocks, frames, printed records (escaped texts included), --json
 //      lines, trace lines, a family's text; every answer written as text and as JSON;
 //   1  explain: the input as a log, line by line and as a stream;

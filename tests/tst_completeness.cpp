@@ -49,7 +49,7 @@ const QStringList kQueueNothing = {
     "DalTarsel::f_RGBtoInt",
     "DalTarsel::setOutPortEdid",
     "DalTarsel::getEquipmentClock",
-    "DalTarsel::setLayerContainerIndex", // not a device that takes it
+    "DalTarsel::setLayerContainerIndex",    // not a device that takes it
     "DalTarsel::setCurContainerIndexForT9", // only a KR2 is told
     "Dal_Pommet::getBlock",
     "Dal_Pommet::setCheckSum",
