@@ -131,6 +131,9 @@ void tst_dalctl::badInput_data() {
     QTest::newRow("model, unknown member")
         << QStringList{"--model", R"({"previewPort":[1]})", "getSN"}
         << "no model record has a member named previewPort";
+    QTest::newRow("printed text, a broken escape")
+        << QStringList{"decode", "  head: 00 00 6a 03 00 00 00 00\n  Datablock: \"<GV\\u00zzER>\""}
+        << "head (line 1) is garbled in its Datablock text";
     QTest::newRow("decimal, nan") << QStringList{"setHdrGamma", "3000", "1", "nan"}
                                   << "\"nan\" is not a decimal number";
     QTest::newRow("decimal, inf") << QStringList{"setHdrGamma", "3000", "1", "inf"}

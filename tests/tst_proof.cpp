@@ -300,6 +300,8 @@ private slots:
     void sendRowMarks_data();
     void sendRowMarks();
     void everyDeclaredMemberIsListed();
+    void editDistances_data();
+    void editDistances();
 };
 
 void tst_proof::roundTrip_data() {
@@ -507,6 +509,34 @@ void tst_proof::everyDeclaredMemberIsListed() {
             }
         }
     }
+}
+
+// The distance that ranks misspelt names and texts read nearly right.
+void tst_proof::editDistances_data() {
+    QTest::addColumn<QString>("a");
+    QTest::addColumn<QString>("b");
+    QTest::addColumn<bool>("caseless");
+    QTest::addColumn<int>("edits");
+    QTest::newRow("change, insert") << "kitten"
+                                    << "sitting" << false << 3;
+    QTest::newRow("deletions only") << "saveScene"
+                                    << "save" << false << 5;
+    QTest::newRow("from nothing") << ""
+                                  << "abc" << false << 3;
+    QTest::newRow("case counts") << "getSN"
+                                 << "GETsn" << false << 5;
+    QTest::newRow("case ignored") << "getSN"
+                                  << "GETsm" << true << 1;
+}
+
+void tst_proof::editDistances() {
+    QFETCH(QString, a);
+    QFETCH(QString, b);
+    QFETCH(bool, caseless);
+    QFETCH(int, edits);
+    const Qt::CaseSensitivity cs = caseless ? Qt::CaseInsensitive : Qt::CaseSensitive;
+    QCOMPARE(editDistance(a, b, cs), edits);
+    QCOMPARE(editDistance(b, a, cs), edits);
 }
 
 QTEST_GUILESS_MAIN(tst_proof)
