@@ -509,6 +509,10 @@ void tst_proof::everyDeclaredMemberIsListed() {
             }
         }
     }
+    // A path one past a list's or an array's end reaches nothing.
+    for (const char* past :
+         {"ModelTarsel.previewPorts[4]", "ModelScene.sceneList[0].bankValues[16]"})
+        QVERIFY2(members::at(models, QLatin1String(past)).node == members::Node::Missing, past);
 }
 
 // The distance that ranks misspelt names and texts read nearly right.
