@@ -33,13 +33,11 @@ long long parseInteger(const QString& text, long long min, long long max) {
                     : static_cast<long long>(magnitude);
 }
 
-double parseDecimal(const QString& text, double limit) {
+double parseDecimal(const QString& text) {
     bool ok = false;
     const double value = text.trimmed().toDouble(&ok);
     if (!ok || !std::isfinite(value))
         fail(QStringLiteral("\"%1\" is not a decimal number").arg(text));
-    if (std::fabs(value) > limit)
-        fail(QStringLiteral("%1 is outside -%2..%2").arg(text).arg(limit));
     return value;
 }
 

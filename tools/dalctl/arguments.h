@@ -25,9 +25,8 @@ namespace args {
 constexpr bool takesArgument(Kind kind) { return kind != Kind::Model && kind != Kind::Out; }
 
 long long parseInteger(const QString& text, long long min, long long max);
-// A finite decimal within ±limit (its type's largest value), so that nan, inf and 1e39 are
-// refused rather than sent as something else.
-double parseDecimal(const QString& text, double limit);
+// A finite decimal: nan and inf are refused rather than sent as something else.
+double parseDecimal(const QString& text);
 bool parseBool(const QString& text);
 QByteArray parseHex(const QString& text);
 QJsonObject parseJsonObject(const QString& text);
@@ -74,7 +73,7 @@ struct Holder<P, std::enable_if_t<std::is_arithmetic_v<ValueOf<P>> && !isOutScal
         if constexpr (kind == Kind::Boolean)
             value = parseBool(text);
         else if constexpr (kind == Kind::Decimal)
-            value = static_cast<T>(parseDecimal(text, double(std::numeric_limits<T>::max())));
+            value = static_cast<T>(parseDecimal(text));
         else
             value = static_cast<T>(parseInteger(text, min, max));
     }

@@ -389,9 +389,8 @@ QString writtenForms(const Operation& op) {
 
 int runOperation(Context& c) {
     // A short name is looked up first in the class that sends to the device named.
-    const QString own = c.device ? c.device->family->className + "::" + c.command : QString();
-    const bool ownClass = !c.command.contains("::") && !findOperations(own).isEmpty();
-    const Operation& op = operationFor(ownClass ? own : c.command, c.words);
+    const Operation& op =
+        operationFor(c.command, c.words, c.device ? c.device->family->className : QString());
     // A family the class never sends to is refused; a code no family has runs as the library
     // runs it.
     const QVector<const Family*> sending = familiesOf(op.className);

@@ -95,12 +95,12 @@ QStringList Operation::modelRecords() const {
     return records;
 }
 
-QVector<const Operation*> findOperations(const QString& name) {
-    QVector<const Operation*> found;
+QVector<const Operation*> findOperations(const QString& name, const QString& preferredClass) {
+    QVector<const Operation*> found, preferred;
     for (const Operation& op : operations())
         if (op.name == name || op.qualifiedName() == name)
-            found << &op;
-    return found;
+            (op.className == preferredClass ? preferred : found) << &op;
+    return preferred.isEmpty() ? found : preferred;
 }
 
 QStringList closestNames(const QString& name, int count) {

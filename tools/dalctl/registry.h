@@ -53,8 +53,10 @@ struct Operation {
 
 // Every public operation of DalTarsel, Dal_Pommet and dal_Osd.
 const QVector<Operation>& operations();
-// The operations named `name` ("op" or "Class::op"), overloads included.
-QVector<const Operation*> findOperations(const QString& name);
+// The operations named `name` ("op" or "Class::op"), overloads included; only those of
+// `preferredClass` where it has one of that name.
+QVector<const Operation*> findOperations(const QString& name,
+                                         const QString& preferredClass = QString());
 // Names close to a misspelt one, closest first.
 QStringList closestNames(const QString& name, int count);
 // The fewest single-character insertions, deletions and changes that turn `a` into `b`.

@@ -158,8 +158,9 @@ Outcome run(const Call& call) {
                    [&](Targets& targets) { return call.op->run(targets, call.words, models); });
 }
 
-const Operation& operationFor(const QString& name, const QStringList& words) {
-    const QVector<const Operation*> candidates = findOperations(name);
+const Operation& operationFor(const QString& name, const QStringList& words,
+                              const QString& preferredClass) {
+    const QVector<const Operation*> candidates = findOperations(name, preferredClass);
     if (candidates.isEmpty()) {
         const QStringList close = closestNames(name, 5);
         refuse(QStringLiteral("unknown operation %1%2")

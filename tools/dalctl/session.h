@@ -96,9 +96,11 @@ Call sampleCall(const Operation& op, int deviceType);
 Outcome run(const Call& call);
 // Sets what the utility library reports, as a call does before it runs.
 void applyUtility(const UtilityValues& utility);
-// The operation `name` ("op" or "Class::op") that takes `words`; throws UsageError, with the
-// usage of the operations of that name, when there is none.
-const Operation& operationFor(const QString& name, const QStringList& words);
+// The operation `name` ("op" or "Class::op", a short name looked up in `preferredClass` first)
+// that takes `words`; throws UsageError, with the usage of the operations of that name, when
+// there is none.
+const Operation& operationFor(const QString& name, const QStringList& words,
+                              const QString& preferredClass = QString());
 // One native command through DalTarsel::f_SendCmd: CMD and DAT1..DAT4 as hex bytes, an
 // optional hex data block. Throws UsageError on bad input.
 Outcome runRaw(const QStringList& words, int timeout, const QString& text,
