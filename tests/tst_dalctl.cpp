@@ -227,6 +227,11 @@ void tst_dalctl::answers_data() {
         << QStringList{"sweep", "keyboard"} << 0
         << "== keyboard: Dal_Pommet::setKeyLed 0 1 1\nrecord 1: device 0x400000"
         << "";
+    // Each built-in key has its own label, so that a key read from another entry shows.
+    QTest::newRow("built-in key's own label")
+        << QStringList{"setKeyOled_New", "0", "1", "5"} << 0
+        << "arryDatablock (13 bytes): 0500a0a14b3500004c32000044"
+        << "";
     QTest::newRow("explain, no trace line") << QStringList{"explain", "-"} << 1 << ""
                                             << "";
     QTest::newRow("padded text, one set of answers")
