@@ -195,23 +195,30 @@ bool sameRecords(const Operation& op, int there, int here, const Family* transla
 }
 
 const OperationSurvey& surveyOf(const Operation& op, int device) {
-    static std::map<std::pair<int, const Operation*>, OperationSurvey> surveys;
+    // Never freed, like the runs they hold.
+    static auto& surveys = *new std::map<std::pair<int, const Operation*>, OperationSurvey>;
     const auto key = std::make_pair(device, &op);
     if (!surveys.count(key))
         surveys.emplace(key, survey(op, device));
     return surveys.at(key);
 }
 
+// Devices alike in what the library does with them share their entries.
+QString entriesKey(const Device& device) {
+    return device.apart() ? deviceCodeText(device.code) + (device.beside ? "+" : "")
+                          : device.family->name;
+}
+
 // The operations to try on a device: of a family's code, each operation's survey (on the
 // native family, translated, where that gives what the family is sent); of a code the library
 // treats apart, the operations whose records differ there surveyed there, and (but beside the
 // family's own code) the others as on the family's own code.
+
 const QVector<Entry>& entriesOf(const Device& device) {
     static QHash<QString, QVector<Entry>> entries;
     const Family& family = *device.family;
     const bool apart = device.apart();
-    QVector<Entry>& list =
-        entries[apart ? deviceCodeText(device.code) + (device.beside ? "+" : "") : family.name];
+    QVector<Entry>& list = entries[entriesKey(device)];
     if (!list.isEmpty())
         return list;
     for (const Operation& op : operations()) {
@@ -242,6 +249,7 @@ struct Ends {
     QString fixed;      // a head's command bytes, '\0' where runs differ...
     QVector<bool> held; // ...and where they agree
     QString prefix, suffix;
+    std::optional<CommandBytes> command; // of a head: where its command bytes are
 };
 
 Ends endsOf(const QStringList& renderings, const QString& part) {
@@ -250,7 +258,8 @@ Ends endsOf(const QStringList& renderings, const QString& part) {
         return e;
     e.none = false;
     const QString& f = renderings.first();
-    if (const std::optional<CommandBytes> command = commandBytesOf(part)) {
+    e.command = commandBytesOf(part);
+    if (const std::optional<CommandBytes>& command = e.command) {
         e.size = int(f.size());
         for (const QString& r : renderings)
             if (r.size() != f.size())
@@ -290,7 +299,7 @@ bool endsFit(const Ends& e, const Part& part) {
     const QString& wanted = part.value;
     if (e.none)
         return false;
-    if (const std::optional<CommandBytes> command = commandBytesOf(part.name)) {
+    if (const std::optional<CommandBytes>& command = e.command) {
         if (e.size != wanted.size())
             return false;
         for (int i = 0; i < e.held.size(); ++i)
@@ -303,33 +312,166 @@ bool endsFit(const Ends& e, const Part& part) {
         return wanted.isEmpty();
     // Compared as texts: a null text starts with no empty one.
     return wanted.size() >= e.prefix.size() + e.suffix.size() &&
-           wanted.left(e.prefix.size()) == e.prefix && wanted.right(e.suffix.size()) == e.suffix;
+           QStringView(wanted).left(e.prefix.size()) == QStringView(e.prefix) &&
+           QStringView(wanted).right(e.suffix.size()) == QStringView(e.suffix);
 }
 
-// Whether every run of the branch renders record k's parts with the target's ends.
-bool endsMatch(const Entry& entry, int branch, int k, const Family& family, const Target& target) {
-    const OperationSurvey& s = *entry.survey;
-    for (const Part& wanted : target.parts) {
-        if (!comparedByEnds(wanted.name))
-            continue;
-        // Every target compares the same ends: they are found once.
-        static std::map<std::tuple<const OperationSurvey*, int, int, const Family*, QString>, Ends>
-            known;
-        const auto key = std::make_tuple(&s, branch, k, &family, wanted.name);
-        auto ends = known.find(key);
-        if (ends == known.end()) {
-            QStringList renderings;
-            for (int run : s.branches[branch]) {
-                const Parts one = partsFor(s.runs[run].call, s.runs[run].outcome, k, {{wanted}},
-                                           entry.translateFor);
-                renderings << (one.isEmpty() ? QString() : one.first().value);
-            }
-            ends = known.emplace(key, endsOf(renderings, wanted.name)).first;
-        }
-        if (!endsFit(ends->second, wanted))
-            return false;
+// The runs of a branch that render a record's compared-by-ends parts apart: the first of each,
+// in the branch's order, with the parts a target names.
+struct RunParts {
+    int run;
+    Parts parts;
+};
+
+// Record k of a branch of an entry, which a device may have been sent: where a search may
+// start. What every target asks of it is found once: its ends per part, its distinct runs per
+// list of the parts a target names.
+struct Slot {
+    Entry entry;
+    int branch;
+    int k;
+    QVector<std::pair<QString, Ends>> ends;
+    QVector<std::pair<QString, QVector<RunParts>>> runs;
+
+    const QVector<int>& branchRuns() const { return entry.survey->branches[branch]; }
+    Parts partsOf(int run, const Target& shape) const {
+        const SurveyRun& r = entry.survey->runs[run];
+        return partsFor(r.call, r.outcome, k, shape, entry.translateFor);
     }
-    return true;
+
+    const Ends& endsOfPart(const QString& part) {
+        for (const auto& known : ends)
+            if (known.first == part)
+                return known.second;
+        QStringList renderings;
+        for (int run : branchRuns()) {
+            const Parts one = partsOf(run, {{Part{part, true, {}}}});
+            renderings << (one.isEmpty() ? QString() : one.first().value);
+        }
+        ends.append({part, endsOf(renderings, part)});
+        return ends.last().second;
+    }
+
+    // Whether every run of the branch renders the parts with the target's ends.
+    bool endsMatch(const Parts& byEnds) {
+        return std::all_of(byEnds.begin(), byEnds.end(), [&](const Part& wanted) {
+            return endsFit(endsOfPart(wanted.name), wanted);
+        });
+    }
+
+    const QVector<RunParts>& distinctRuns(const QString& names, const Target& target) {
+        for (const auto& known : runs)
+            if (known.first == names)
+                return known.second;
+        QVector<RunParts> found;
+        QVector<Parts> seen;
+        for (int run : branchRuns()) {
+            const Parts parts = partsOf(run, target);
+            Parts bytes;
+            for (const Part& p : parts)
+                if (comparedByEnds(p.name))
+                    bytes << p;
+            if (!seen.contains(bytes)) {
+                seen << bytes;
+                found << RunParts{run, parts};
+            }
+        }
+        runs.append({names, found});
+        return runs.last().second;
+    }
+};
+
+// A device's slots by the command bytes that every run of theirs holds in a head or header:
+// keyed by the part's size, which bytes are held and those bytes. A slot whose runs differ in
+// size is under no key, as no target fits it.
+struct CommandIndex {
+    QVector<std::pair<int, QVector<bool>>> held; // the sizes and held bytes of the keys
+    QHash<QString, QVector<int>> byKey;          // ascending
+
+    // The key of the held bytes of `bytes`, which start at the part's command bytes.
+    static QString key(int h, const QVector<bool>& held, QStringView bytes) {
+        QString k = QString::number(h) + QLatin1Char(':');
+        for (int i = 0; i < held.size(); ++i)
+            if (held[i])
+                k += bytes[i];
+        return k;
+    }
+};
+
+// The slots of a device, and the index of each command part.
+struct DeviceSlots {
+    QVector<Slot> all;
+    QHash<QString, CommandIndex> byCommand;
+
+    // The slots, in order, whose command part may fit the target's; all, when it has none.
+    QVector<int> toTry(const Parts& byEnds) {
+        const auto command = std::find_if(byEnds.begin(), byEnds.end(), [](const Part& p) {
+            return commandBytesOf(p.name).has_value();
+        });
+        QVector<int> found;
+        if (command == byEnds.end()) {
+            for (int i = 0; i < all.size(); ++i)
+                found << i;
+            return found;
+        }
+        const CommandIndex& index = indexOf(command->name);
+        const QStringView bytes =
+            QStringView(command->value).mid(commandBytesOf(command->name)->at);
+        for (int h = 0; h < index.held.size(); ++h)
+            if (index.held[h].first == command->value.size())
+                found += index.byKey.value(CommandIndex::key(h, index.held[h].second, bytes));
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+
+    const CommandIndex& indexOf(const QString& part) {
+        auto known = byCommand.find(part);
+        if (known != byCommand.end())
+            return *known;
+        CommandIndex index;
+        for (int i = 0; i < all.size(); ++i) {
+            const Ends& e = all[i].endsOfPart(part);
+            if (e.none || e.size < 0)
+                continue;
+            const std::pair<int, QVector<bool>> held{e.size, e.held};
+            int h = int(index.held.indexOf(held));
+            if (h < 0) {
+                h = int(index.held.size());
+                index.held << held;
+            }
+            index.byKey[CommandIndex::key(h, e.held, e.fixed)].append(i);
+        }
+        return *byCommand.insert(part, index);
+    }
+};
+
+// The records of every entry of a device that its family may have been sent. The keyboard's
+// class also sends the device search's probes to the processor families.
+DeviceSlots& slotsOf(const Device& device) {
+    static auto& devices = *new QHash<QString, DeviceSlots>; // never freed, as the surveys
+    const Family& family = *device.family;
+    DeviceSlots& known = devices[entriesKey(device)];
+    QVector<Slot>& kept = known.all;
+    if (!kept.isEmpty())
+        return known;
+    QVector<Entry> entries = entriesOf(device);
+    if (family.routed() && !device.beside)
+        for (const Family* f : familiesOf(QStringLiteral("Dal_Pommet")))
+            entries += entriesOf(Device{f, f->code, {}});
+    for (const Entry& entry : entries) {
+        const OperationSurvey& s = *entry.survey;
+        for (int b = 0; b < s.branches.size(); ++b) {
+            const Outcome& first = s.runs[s.branches[b].first()].outcome;
+            for (int k = 0; k < first.count(); ++k) {
+                std::optional<int> tag = first.deviceType(k);
+                if (tag && entry.translateFor && *tag == family::native)
+                    tag = family.code;
+                if (sentTo(tag, family))
+                    kept << Slot{entry, b, k, {}, {}};
+            }
+        }
+    }
+    return known;
 }
 
 } // namespace
@@ -345,46 +487,31 @@ QVector<Candidate> candidatesFor(const Target& target, const Device& device) {
     QVector<Candidate> found;
     const Quiet quiet;
     const Family& family = *device.family;
-    // The keyboard's class also sends the device search's probes to the processor families.
-    QVector<Entry> entries = entriesOf(device);
-    if (family.routed() && !device.beside)
-        for (const Family* f : familiesOf(QStringLiteral("Dal_Pommet")))
-            entries += entriesOf(Device{f, f->code, {}});
-    for (const Entry& entry : entries) {
-        const OperationSurvey& s = *entry.survey;
-        for (int b = 0; b < s.branches.size(); ++b) {
-            const Outcome& first = s.runs[s.branches[b].first()].outcome;
-            for (int k = 0; k < first.count(); ++k) {
-                std::optional<int> tag = first.deviceType(k);
-                if (tag && entry.translateFor && *tag == family::native)
-                    tag = family.code;
-                if (!sentTo(tag, family) || !endsMatch(entry, b, k, family, target))
-                    continue;
-                // The runs whose records come closest are where the search starts, one run of
-                // each head, block and text.
-                std::multimap<long long, int> near; // of as near, the first found first
-                QVector<Parts> seen;
-                for (int run : s.branches[b]) {
-                    const SurveyRun& r = s.runs[run];
-                    const Parts parts = partsFor(r.call, r.outcome, k, target, entry.translateFor);
-                    Parts bytes;
-                    for (const Part& p : parts)
-                        if (comparedByEnds(p.name))
-                            bytes << p;
-                    if (!seen.contains(bytes)) {
-                        seen << bytes;
-                        near.emplace(distance(parts, target), run);
-                    }
-                }
-                Candidate c{s.op, {}, k};
-                for (auto n = near.begin(); n != near.end() && c.starts.size() < kStarts; ++n) {
-                    c.starts << s.runs[n->second].call;
-                    if (family.routed() && s.op->className == family.className)
-                        c.starts.last().utility.deviceType = device.code;
-                }
-                found << c;
-            }
+    QString names;
+    Parts byEnds;
+    for (const Part& p : target.parts) {
+        names += p.name + QLatin1Char('/');
+        if (comparedByEnds(p.name))
+            byEnds << p;
+    }
+    DeviceSlots& known = slotsOf(device);
+    for (int i : known.toTry(byEnds)) {
+        Slot& slot = known.all[i];
+        if (!slot.endsMatch(byEnds))
+            continue;
+        // The runs whose records come closest are where the search starts, one run of each
+        // head, block and text.
+        std::multimap<long long, int> near; // of as near, the first found first
+        for (const RunParts& r : slot.distinctRuns(names, target))
+            near.emplace(distance(r.parts, target), r.run);
+        const OperationSurvey& s = *slot.entry.survey;
+        Candidate c{s.op, {}, slot.k};
+        for (auto n = near.begin(); n != near.end() && c.starts.size() < kStarts; ++n) {
+            c.starts << s.runs[n->second].call;
+            if (family.routed() && s.op->className == family.className)
+                c.starts.last().utility.deviceType = device.code;
         }
+        found << c;
     }
     return found;
 }

@@ -214,8 +214,9 @@ QVector<Variable> modelMembers(const Call& call, const Target& target) {
 // ----------------------------------------------------------------------------------
 
 Run runOf(const Call& call) {
-    // Bounded, so that memory does not grow with the input.
-    static QHash<Call::Key, Run> kept;
+    // Bounded, so that memory does not grow with the input; never freed, as tearing down tens
+    // of thousands of runs at exit would cost a short run a good part of its time.
+    static auto& kept = *new QHash<Call::Key, Run>;
     const Call::Key key = call.key();
     const auto known = kept.constFind(key);
     if (known != kept.constEnd())
