@@ -227,6 +227,11 @@ void tst_dalctl::answers_data() {
         << QStringList{"sweep", "keyboard"} << 0
         << "== keyboard: Dal_Pommet::setKeyLed 0 1 1\nrecord 1: device 0x400000"
         << "";
+    // A number a model record holds itself, read once the record has its length.
+    QTest::newRow("decode, a model record's own number")
+        << QStringList{"decode", "--device", "native", "0000684609000000"} << 0
+        << "setDelay_PowerON(model.powerOnDelay=9)"
+        << "";
     // Each built-in key has its own label, so that a key read from another entry shows.
     QTest::newRow("built-in key's own label")
         << QStringList{"setKeyOled_New", "0", "1", "5"} << 0

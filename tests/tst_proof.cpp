@@ -302,6 +302,8 @@ private slots:
     void everyDeclaredMemberIsListed();
     void editDistances_data();
     void editDistances();
+    void fixedEnds_data();
+    void fixedEnds();
 };
 
 void tst_proof::roundTrip_data() {
@@ -541,6 +543,50 @@ void tst_proof::editDistances() {
     const Qt::CaseSensitivity cs = caseless ? Qt::CaseInsensitive : Qt::CaseSensitive;
     QCOMPARE(editDistance(a, b, cs), edits);
     QCOMPARE(editDistance(b, a, cs), edits);
+}
+
+// What every run of a branch renders alike, which decides whether a target is tried there: too
+// long an end and an operation is never tried, too short and every input tries it.
+void tst_proof::fixedEnds_data() {
+    QTest::addColumn<QStringList>("renderings");
+    QTest::addColumn<QString>("part");
+    QTest::addColumn<QString>("wanted");
+    QTest::addColumn<bool>("fits");
+    const auto head = [](const char* hex) { return latin1(QByteArray::fromHex(hex)); };
+    const QStringList texts{"<S,5>", "<S,23>", "<S,51>"};
+    QTest::newRow("text, a run agreeing again past a difference") << texts << "text"
+                                                                  << "<S,7>" << true;
+    QTest::newRow("text, another start") << texts << "text"
+                                         << "<T,7>" << false;
+    QTest::newRow("text, another end") << texts << "text"
+                                       << "<S,7)" << false;
+    QTest::newRow("text, ends that would overlap") << QStringList{"ab", "abab"} << "text"
+                                                   << "ab" << true;
+    QTest::newRow("text, always empty") << QStringList{"", ""} << "text"
+                                        << "x" << false;
+    QTest::newRow("no run") << QStringList() << "text"
+                            << "" << false;
+    const QStringList dat2Varies{head("681a010000"), head("681a020000")};
+    QTest::newRow("command, CMD and DAT1 held")
+        << dat2Varies << "command" << head("681a090000") << true;
+    QTest::newRow("command, another DAT1")
+        << dat2Varies << "command" << head("681b010000") << false;
+    QTest::newRow("command, DAT1 varies") << QStringList{head("681a010000"), head("681b010000")}
+                                          << "command" << head("6830000000") << true;
+    QTest::newRow("command, sizes differ") << QStringList{head("681a010000"), head("681a01")}
+                                           << "command" << head("681a010000") << false;
+    QTest::newRow("head, held past the address")
+        << QStringList{head("0000681a01000000"), head("0000681a02000000")} << "head"
+        << head("0000691a01000000") << false;
+}
+
+void tst_proof::fixedEnds() {
+    QFETCH(QStringList, renderings);
+    QFETCH(QString, part);
+    QFETCH(QString, wanted);
+    QFETCH(bool, fits);
+    using namespace engine::detail;
+    QCOMPARE(endsFit(endsOf(renderings, part), Part{part, part != "text", wanted}), fits);
 }
 
 QTEST_GUILESS_MAIN(tst_proof)

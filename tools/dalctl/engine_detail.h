@@ -155,6 +155,25 @@ Shape shapeOf(const Call& call, const QVector<Variable>& variables, int k, const
 // false when the constants do not match.
 bool cut(const Shape& shape, const Parts& parts, QVector<QStringList>& pieces);
 
+// ---- the fixed ends
+// ----------------------------------------------------------------------------------
+
+// What every run of a branch renders alike in one part: of a head, only the command (CMD and
+// DAT1, or the OSD marker and command) where no run changed it, as a value that no run changed
+// may still reach the other bytes; of other parts, the start and end every run shares.
+struct Ends {
+    bool none = true;   // no run queued the record
+    bool empty = true;  // every run left the part empty
+    int size = -1;      // a head's size, the same in every run (-2: sizes differ)
+    QString fixed;      // a head's command bytes, '\0' where runs differ...
+    QVector<bool> held; // ...and where they agree
+    QString prefix, suffix;
+    std::optional<CommandBytes> command; // of a head: where its command bytes are
+};
+Ends endsOf(const QStringList& renderings, const QString& part);
+// Whether the target's part starts and ends as every run of the branch renders it.
+bool endsFit(const Ends& e, const Part& part);
+
 // ---- which operations to try
 // ---------------------------------------------------------------------
 

@@ -236,21 +236,10 @@ const QVector<Entry>& entriesOf(const Device& device) {
     return list;
 }
 
+} // namespace
+
 // ---- the fixed ends
 // ----------------------------------------------------------------------------------
-
-// What every run of a branch renders alike in one part: of a head, only the command (CMD and
-// DAT1, or the OSD marker and command) where no run changed it, as a value that no run changed
-// may still reach the other bytes; of other parts, the start and end every run shares.
-struct Ends {
-    bool none = true;   // no run queued the record
-    bool empty = true;  // every run left the part empty
-    int size = -1;      // a head's size, the same in every run (-2: sizes differ)
-    QString fixed;      // a head's command bytes, '\0' where runs differ...
-    QVector<bool> held; // ...and where they agree
-    QString prefix, suffix;
-    std::optional<CommandBytes> command; // of a head: where its command bytes are
-};
 
 Ends endsOf(const QStringList& renderings, const QString& part) {
     Ends e;
@@ -294,7 +283,6 @@ Ends endsOf(const QStringList& renderings, const QString& part) {
     return e;
 }
 
-// Whether the target's part starts and ends as every run of the branch renders it.
 bool endsFit(const Ends& e, const Part& part) {
     const QString& wanted = part.value;
     if (e.none)
@@ -315,6 +303,8 @@ bool endsFit(const Ends& e, const Part& part) {
            QStringView(wanted).left(e.prefix.size()) == QStringView(e.prefix) &&
            QStringView(wanted).right(e.suffix.size()) == QStringView(e.suffix);
 }
+
+namespace {
 
 // The runs of a branch that render a record's compared-by-ends parts apart: the first of each,
 // in the branch's order, with the parts a target names.
