@@ -227,6 +227,10 @@ void tst_dalctl::answers_data() {
         << QStringList{"sweep", "keyboard"} << 0
         << "== keyboard: Dal_Pommet::setKeyLed 0 1 1\nrecord 1: device 0x400000"
         << "";
+    QTest::newRow("demo, a raw request on every family")
+        << QStringList{"demo"} << 0
+        << "modal read: dalctl raw f1 8 4 0 0\n  native 0x700000 [00 00 f1 08 04 00 00 00]"
+        << "";
     // A number a model record holds itself, read once the record has its length.
     QTest::newRow("decode, a model record's own number")
         << QStringList{"decode", "--device", "native", "0000684609000000"} << 0
