@@ -304,6 +304,7 @@ private slots:
     void editDistances();
     void fixedEnds_data();
     void fixedEnds();
+    void summaryCutsLongBlocks();
 };
 
 void tst_proof::roundTrip_data() {
@@ -587,6 +588,16 @@ void tst_proof::fixedEnds() {
     QFETCH(bool, fits);
     using namespace engine::detail;
     QCOMPARE(endsFit(endsOf(renderings, part), Part{part, part != "text", wanted}), fits);
+}
+
+// The demo's one-line summary shows a block's first 32 bytes and marks a longer block as cut.
+void tst_proof::summaryCutsLongBlocks() {
+    model_Protocoldata rec;
+    const QString shown = QStringLiteral(" ") + QStringLiteral("5a").repeated(32);
+    rec.arryDatablock = QByteArray(32, 0x5a);
+    QVERIFY(recordSummary(rec).endsWith(shown));
+    rec.arryDatablock = QByteArray(33, 0x5a);
+    QVERIFY(recordSummary(rec).endsWith(shown + QStringLiteral("...")));
 }
 
 QTEST_GUILESS_MAIN(tst_proof)
