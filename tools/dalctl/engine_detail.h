@@ -165,8 +165,8 @@ struct Ends {
     bool none = true;   // no run queued the record
     bool empty = true;  // every run left the part empty
     int size = -1;      // a head's size, the same in every run (-2: sizes differ)
-    QString fixed;      // a head's command bytes, '\0' where runs differ...
-    QVector<bool> held; // ...and where they agree
+    QString fixed;      // a head's command bytes as the first run renders them...
+    QVector<bool> held; // ...and where every run agrees
     QString prefix, suffix;
     std::optional<CommandBytes> command; // of a head: where its command bytes are
 };
