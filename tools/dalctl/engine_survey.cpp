@@ -11,6 +11,8 @@
 
 #include <QJsonDocument>
 
+#include <numeric>
+
 namespace engine::detail {
 
 namespace {
@@ -198,9 +200,10 @@ const OperationSurvey& surveyOf(const Operation& op, int device) {
     // Never freed, like the runs they hold.
     static auto& surveys = *new std::map<std::pair<int, const Operation*>, OperationSurvey>;
     const auto key = std::make_pair(device, &op);
-    if (!surveys.count(key))
-        surveys.emplace(key, survey(op, device));
-    return surveys.at(key);
+    auto known = surveys.find(key);
+    if (known == surveys.end())
+        known = surveys.emplace(key, survey(op, device)).first;
+    return known->second;
 }
 
 // Devices alike in what the library does with them share their entries.
@@ -213,7 +216,6 @@ QString entriesKey(const Device& device) {
 // native family, translated, where that gives what the family is sent); of a code the library
 // treats apart, the operations whose records differ there surveyed there, and (but beside the
 // family's own code) the others as on the family's own code.
-
 const QVector<Entry>& entriesOf(const Device& device) {
     static QHash<QString, QVector<Entry>> entries;
     const Family& family = *device.family;
@@ -371,67 +373,54 @@ struct Slot {
     }
 };
 
-// A device's slots by the command bytes that every run of theirs holds in a head or header:
-// keyed by the part's size, which bytes are held and those bytes. A slot whose runs differ in
-// size is under no key, as no target fits it.
-struct CommandIndex {
-    QVector<std::pair<int, QVector<bool>>> held; // the sizes and held bytes of the keys
-    QHash<QString, QVector<int>> byKey;          // ascending
-
-    // The key of the held bytes of `bytes`, which start at the part's command bytes.
-    static QString key(int h, const QVector<bool>& held, QStringView bytes) {
-        QString k = QString::number(h) + QLatin1Char(':');
-        for (int i = 0; i < held.size(); ++i)
-            if (held[i])
-                k += bytes[i];
-        return k;
-    }
-};
-
-// The slots of a device, and the index of each command part.
+// The slots of a device. For a command part (a head, a header) they are indexed by the command
+// bytes that every run of theirs holds there: a key names the part, its size, which bytes are
+// held and those bytes, and a target looks up each way the slots hold them. A slot whose runs
+// differ in size is under no key, as no target fits it.
 struct DeviceSlots {
     QVector<Slot> all;
-    QHash<QString, CommandIndex> byCommand;
+    QHash<QString, QVector<std::pair<int, QVector<bool>>>> holds; // per part: sizes, bytes held
+    QHash<QString, QVector<int>> byKey;                           // ascending
 
-    // The slots, in order, whose command part may fit the target's; all, when it has none.
-    QVector<int> toTry(const Parts& byEnds) {
-        const auto command = std::find_if(byEnds.begin(), byEnds.end(), [](const Part& p) {
-            return commandBytesOf(p.name).has_value();
-        });
-        QVector<int> found;
-        if (command == byEnds.end()) {
-            for (int i = 0; i < all.size(); ++i)
-                found << i;
-            return found;
-        }
-        const CommandIndex& index = indexOf(command->name);
-        const QStringView bytes =
-            QStringView(command->value).mid(commandBytesOf(command->name)->at);
-        for (int h = 0; h < index.held.size(); ++h)
-            if (index.held[h].first == command->value.size())
-                found += index.byKey.value(CommandIndex::key(h, index.held[h].second, bytes));
-        std::sort(found.begin(), found.end());
-        return found;
+    // The key of a part of `size` whose command bytes, from the first, are `bytes`: each byte
+    // held, and a mark that is no byte where the runs differ.
+    static QString key(const QString& part, int size, const QVector<bool>& held,
+                       QStringView bytes) {
+        QString k = part + QString::number(size) + QLatin1Char(':');
+        for (int i = 0; i < held.size(); ++i)
+            k += held[i] ? bytes[i] : QChar(0x100);
+        return k;
     }
 
-    const CommandIndex& indexOf(const QString& part) {
-        auto known = byCommand.find(part);
-        if (known != byCommand.end())
-            return *known;
-        CommandIndex index;
+    void index(const QString& part) {
+        QVector<std::pair<int, QVector<bool>>>& ways = holds[part];
         for (int i = 0; i < all.size(); ++i) {
             const Ends& e = all[i].endsOfPart(part);
             if (e.none || e.size < 0)
                 continue;
-            const std::pair<int, QVector<bool>> held{e.size, e.held};
-            int h = int(index.held.indexOf(held));
-            if (h < 0) {
-                h = int(index.held.size());
-                index.held << held;
-            }
-            index.byKey[CommandIndex::key(h, e.held, e.fixed)].append(i);
+            if (!ways.contains({e.size, e.held}))
+                ways.append({e.size, e.held});
+            byKey[key(part, e.size, e.held, e.fixed)] << i;
         }
-        return *byCommand.insert(part, index);
+    }
+
+    // The slots, in order, whose command part may fit the target's; all, when it has none.
+    QVector<int> toTry(const Parts& byEnds) {
+        QVector<int> found;
+        for (const Part& p : byEnds)
+            if (const std::optional<CommandBytes> command = commandBytesOf(p.name)) {
+                if (!holds.contains(p.name))
+                    index(p.name);
+                const QStringView bytes = QStringView(p.value).mid(command->at);
+                for (const auto& [size, held] : holds.value(p.name))
+                    if (size == p.value.size())
+                        found += byKey.value(key(p.name, size, held, bytes));
+                std::sort(found.begin(), found.end());
+                return found;
+            }
+        found.resize(all.size());
+        std::iota(found.begin(), found.end(), 0);
+        return found;
     }
 };
 
