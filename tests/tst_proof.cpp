@@ -534,6 +534,9 @@ void tst_proof::editDistances_data() {
                                  << "GETsn" << false << 5;
     QTest::newRow("case ignored") << "getSN"
                                   << "GETsm" << true << 1;
+    // Longer than a word of the bit-parallel table: the rows' carries cross from word to word.
+    QTest::newRow("across words") << "b" + QString(130, 'a') << QString(130, 'a') + "b" << false
+                                  << 2;
 }
 
 void tst_proof::editDistances() {

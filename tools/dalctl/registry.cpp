@@ -46,25 +46,51 @@ QVector<Operation> buildOperations() {
 } // namespace
 
 int editDistance(QStringView a, QStringView b, Qt::CaseSensitivity cs) {
-    // One row of the table, kept between calls: the engine asks this in its inner loops.
-    thread_local std::vector<int> row;
-    row.resize(size_t(b.size()) + 1);
-    for (int j = 0; j <= b.size(); ++j)
-        row[j] = j;
-    const auto same = [cs](QChar x, QChar y) {
-        return x == y || (cs == Qt::CaseInsensitive && x.toLower() == y.toLower());
+    // Myers' bit-vector method: a column of the table is held as whether each of a's rows rises or
+    // falls from the one above, 64 rows to a word. The engine asks this in its inner loops.
+    const auto fold = [cs](QChar c) {
+        return (cs == Qt::CaseSensitive ? c : c.toLower()).unicode();
     };
-    for (int i = 1; i <= a.size(); ++i) {
-        int diagonal = row[0];
-        row[0] = i;
-        const QChar x = a[i - 1];
-        for (int j = 1; j <= b.size(); ++j) {
-            const int above = row[j];
-            row[j] = std::min({above + 1, row[j - 1] + 1, diagonal + (same(x, b[j - 1]) ? 0 : 1)});
-            diagonal = above;
+    const int m = int(a.size()), words = (m + 63) / 64;
+    thread_local std::vector<int> maskOf(0x10000, -1); // by character: where its rows' bits start
+    thread_local std::vector<quint64> masks, rises, falls;
+    masks.clear();
+    std::vector<char16_t> seen;
+    for (int i = 0; i < m; ++i) {
+        int& at = maskOf[fold(a[i])];
+        if (at < 0) {
+            at = int(masks.size());
+            masks.resize(masks.size() + size_t(words));
+            seen.push_back(fold(a[i]));
         }
+        masks[size_t(at + i / 64)] |= 1ULL << (i % 64);
     }
-    return row[size_t(b.size())];
+    rises.assign(size_t(words), ~0ULL);
+    falls.assign(size_t(words), 0);
+    int distance = m;
+    for (QChar c : b) {
+        const int at = maskOf[fold(c)];
+        int carry = 1; // the top row rises by one a column
+        for (int w = 0; w < words; ++w) {
+            quint64 eq = at < 0 ? 0 : masks[size_t(at + w)];
+            const quint64 up = rises[size_t(w)], xv = eq | falls[size_t(w)];
+            if (carry < 0)
+                eq |= 1;
+            const quint64 xh = (((eq & up) + up) ^ up) | eq;
+            quint64 ph = falls[size_t(w)] | ~(xh | up), mh = up & xh;
+            const quint64 lastRow = 1ULL << (w == words - 1 ? (m + 63) % 64 : 63);
+            const int out = (ph & lastRow) ? 1 : (mh & lastRow) ? -1 : 0;
+            ph = ph << 1 | (carry > 0);
+            mh = mh << 1 | (carry < 0);
+            rises[size_t(w)] = mh | ~(xv | ph);
+            falls[size_t(w)] = ph & xv;
+            carry = out;
+        }
+        distance += carry;
+    }
+    for (char16_t c : seen)
+        maskOf[c] = -1;
+    return distance;
 }
 
 const QVector<Operation>& operations() {
