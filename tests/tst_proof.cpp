@@ -304,6 +304,8 @@ private slots:
     void editDistances();
     void fixedEnds_data();
     void fixedEnds();
+    void changedRanges_data();
+    void changedRanges();
     void summaryCutsLongBlocks();
 };
 
@@ -551,6 +553,38 @@ void tst_proof::editDistances() {
 
 // What every run of a branch renders alike, which decides whether a target is tried there: too
 // long an end and an operation is never tried, too short and every input tries it.
+// Where a value lands is read off these ranges: a range cut wrong marks the wrong bytes.
+void tst_proof::changedRanges_data() {
+    QTest::addColumn<QString>("a");
+    QTest::addColumn<QString>("b");
+    QTest::addColumn<bool>("bytes");
+    QTest::addColumn<QString>("ranges"); // from-to in a, * where b's range has another width
+    QTest::newRow("text aligned on a character both keep") << "aXbYc"
+                                                           << "aZbWc" << false << "1-2 3-4";
+    QTest::newRow("text inserted around a kept character") << "abcde"
+                                                           << "abXcYde" << false << "2-2* 3-3*";
+    QTest::newRow("text aligned where most of it is kept") << "ab"
+                                                           << "bcaba" << false << "0-0* 2-2*";
+    QTest::newRow("text inserted at the end of the start") << "abc"
+                                                           << "abXc" << false << "2-2*";
+    QTest::newRow("numbers, the commas kept") << "192,168,1,20"
+                                              << "211,211,2,11" << false << "0-3 4-7 8-9 10-12";
+    QTest::newRow("a number one digit longer") << "<S,5>"
+                                               << "<S,23>" << false << "3-4*";
+    QTest::newRow("bytes of one length, in place") << "abab"
+                                                   << "baba" << true << "0-4";
+}
+
+void tst_proof::changedRanges() {
+    QFETCH(QString, a);
+    QFETCH(QString, b);
+    QFETCH(bool, bytes);
+    QStringList found;
+    for (const engine::detail::Change& c : engine::detail::changes(a, b, bytes))
+        found << QStringLiteral("%1-%2%3").arg(c.from).arg(c.to).arg(c.resized ? "*" : "");
+    QTEST(found.join(' '), "ranges");
+}
+
 void tst_proof::fixedEnds_data() {
     QTest::addColumn<QStringList>("renderings");
     QTest::addColumn<QString>("part");

@@ -154,6 +154,16 @@ Shape shapeOf(const Call& call, const QVector<Variable>& variables, int k, const
 // Parts (the target's, or another call's) cut like the shape's: each piece's text, per part;
 // false when the constants do not match.
 bool cut(const Shape& shape, const Parts& parts, QVector<QStringList>& pieces);
+// The ranges of `a` that differ from `b`, each as [from, to) in `a`, and whether the range has
+// another width in `b`. Common ends are set aside; the middle is aligned by its longest common
+// subsequence where it is small enough, else taken as changed whole. Bytes of one length are
+// compared in place, texts that differ only in their numbers number by number.
+struct Change {
+    int from;
+    int to;
+    bool resized;
+};
+QVector<Change> changes(const QString& a, const QString& b, bool bytes);
 
 // ---- the fixed ends
 // ----------------------------------------------------------------------------------

@@ -6,15 +6,6 @@ namespace engine::detail {
 
 namespace {
 
-// The ranges of `a` that differ from `b`, each as [from, to) in `a`, and whether the range has
-// another width in `b`. Common ends are set aside; the middle is aligned by its longest common
-// subsequence where it is small enough, else taken as changed whole.
-struct Change {
-    int from;
-    int to;
-    bool resized;
-};
-
 QVector<Change> changesInPlace(const QString& a, const QString& b) {
     QVector<Change> found;
     for (int i = 0; i < a.size();) {
@@ -51,6 +42,8 @@ std::optional<QVector<Change>> changesInNumbers(const QString& a, const QString&
     }
     return found;
 }
+
+} // namespace
 
 QVector<Change> changes(const QString& a, const QString& b, bool bytes) {
     // Bytes of the same length are compared in place; a text may have moved within itself.
@@ -101,6 +94,8 @@ QVector<Change> changes(const QString& a, const QString& b, bool bytes) {
     close(n, m);
     return found;
 }
+
+namespace {
 
 using Owners = QVector<int>; // the variables behind one character, or one place between two
 
