@@ -205,14 +205,20 @@ void tst_dalctl::answers_data() {
     QTest::newRow("short name in the device's class")
         << QStringList{"--device", "keyboard", "getSN"} << 0 << "device 0x400000 (keyboard)"
         << "";
+    const QString sceneOne = "0a000a004001b4000a00000080026801000000ff006e003c004001b400640032008"
+                             "0026801000000ff01d2006e004001b400c800640080026801000000ff023601a00"
+                             "04001b4002c01960080026801000000ff03000102030405060708090a0b0c0d0e0f"
+                             "015f";
     QTest::newRow("model, a list in part")
         << QStringList{"--model",
                        R"({"ModelScene":{"sceneList":[{},{"layerList":[{"regionA":{"x":10}}]}]}})",
                        "--json", "setSceneDate", "1"}
-        << 0
-        << R"("arryDatablock":"0a000a004001b4000a00000080026801000000ff006e003c004001b400640032008)"
-           R"(0026801000000ff01d2006e004001b400c800640080026801000000ff023601a0004001b4002c01)"
-           R"(960080026801000000ff03000102030405060708090a0b0c0d0e0f015f")"
+        << 0 << "\"arryDatablock\":\"" + sceneOne + '"' << "";
+    // The replay names the one entry changed; the others keep their places, empty.
+    QTest::newRow("decode, a list's entry in the replay")
+        << QStringList{"decode", "--device", "native", "0000f00801660000" + sceneOne} << 0
+        << R"(--model '{"ModelScene":{"sceneList":[{},{"layerList":[{"regionA":{"x":10}},{},{},{}]})"
+           R"(,{},{}]}}' DalTarsel::setSceneDate 1)"
         << "";
     QTest::newRow("model, one member of every record, a list")
         << QStringList{"--model", R"({"previewPorts":[0,1,77]})", "setPreviewPort"} << 0
