@@ -169,6 +169,9 @@ void tst_dalctl::answers_data() {
     QTest::newRow("negative number is a value")
         << QStringList{"f_RGBtoInt", "-1", "2", "3"} << 0 << "returned: -65021 (0xffff0203)"
         << "";
+    QTest::newRow("returned, as JSON") << QStringList{"--json", "f_RGBtoInt", "-1", "2", "3"} << 0
+                                       << "{\"returned\":\"returned: -65021 (0xffff0203)\"}\n"
+                                       << "";
     QTest::newRow("queues nothing")
         << QStringList{"setKeyLed", "1", "1", "1"} << 1 << "no record queued"
         << "warning: setKeyLed: key 1 of kind 1, group 1 is outside the table: its key codes run "
