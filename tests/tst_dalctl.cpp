@@ -245,10 +245,14 @@ void tst_dalctl::answers_data() {
         << QStringList{"decode", "--device", "native", "0000684609000000"} << 0
         << "setDelay_PowerON(model.powerOnDelay=9)"
         << "";
-    // Each built-in key has its own label, so that a key read from another entry shows.
+    // Each built-in key has its own label and number (two bytes: past 255 too), so that a key
+    // read from another entry shows.
     QTest::newRow("built-in key's own label")
         << QStringList{"setKeyOled_New", "0", "1", "5"} << 0
         << "arryDatablock (13 bytes): 0500a0a14b3500004c32000044"
+        << "";
+    QTest::newRow("built-in key past 255")
+        << QStringList{"setKeyLed", "0", "1", "300"} << 0 << "arryDatablock (4 bytes): 002c012d"
         << "";
     QTest::newRow("explain, no trace line") << QStringList{"explain", "-"} << 1 << ""
                                             << "";
