@@ -104,6 +104,11 @@ void tst_dalctl::badInput_data() {
     QTest::newRow("JSON member not read")
         << QStringList{"setOsdTextForT9", "3000", R"({"Text":"hello"})"}
         << "reads no member \"Text\" of its object; it reads posX, posY,";
+    QTest::newRow("record, unknown field") << QStringList{"addToQueue", R"({"nope":1})"}
+                                           << "addToQueue: record has no field named nope";
+    QTest::newRow("OSD record, a number for a text")
+        << QStringList{"--device", "OSD", "addToQueue", R"({"tag":5})"}
+        << "addToQueue: OSD record tag must be a text";
     QTest::newRow("dash list with commas") << QStringList{"setLayerBlackWhiteEffect", "1,0,1"}
                                            << "\"1,0,1\" is not numbers written 1-0-1";
     QTest::newRow("comma list with dashes")
