@@ -201,6 +201,15 @@ void tst_dalctl::answers_data() {
     QTest::newRow("list, comma list")
         << QStringList{"list", "setContainerAndBankArr"} << 0 << "# banks: numbers 1,2,3"
         << "";
+    // A board that packs the source apart from the native records is read apart.
+    QTest::newRow("decode, a code the library treats apart")
+        << QStringList{"decode", "0000f1255b000000"} << 0
+        << "8-byte head on 0x220000: geth264inputrtsp(source=5, channel=11)"
+        << "";
+    QTest::newRow("decode, codes alike in one line")
+        << QStringList{"decode", "0000f01d010500000001020306"} << 0
+        << " 0x240000 0x240100 0x240200 0x910000: setLayerContainerIndex(sceneIndex=1,"
+        << "";
     QTest::newRow("decode, a head with a block it never sends")
         << QStringList{"decode", "00006a0300000000deadbeef"} << 1
         << "closest: DalTarsel::getComBoardVer on native, head as sent, which sends no block; "
