@@ -306,6 +306,8 @@ private slots:
     void fixedEnds();
     void changedRanges_data();
     void changedRanges();
+    void linesThroughReadings_data();
+    void linesThroughReadings();
     void summaryCutsLongBlocks();
 };
 
@@ -583,6 +585,42 @@ void tst_proof::changedRanges() {
     for (const engine::detail::Change& c : engine::detail::changes(a, b, bytes))
         found << QStringLiteral("%1-%2%3").arg(c.from).arg(c.to).arg(c.resized ? "*" : "");
     QTEST(found.join(' '), "ranges");
+}
+
+// A number is read back off the line its readings follow: over the numbers, or modulo a byte's
+// (or more bits') size, where an even slope leaves several values and some goals none.
+void tst_proof::linesThroughReadings_data() {
+    QTest::addColumn<double>("x0");
+    QTest::addColumn<double>("step");
+    QTest::addColumn<QVector<double>>("ys");
+    QTest::addColumn<double>("goal");
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<QString>("found");
+    const QVector<double> odd{5, 8, 11}, even{1, 3, 5};
+    QTest::newRow("numbers") << 0.0 << 1.0 << even << 7.0 << 0 << "3";
+    QTest::newRow("numbers, off the line")
+        << 0.0 << 1.0 << QVector<double>{1, 3, 6} << 7.0 << 0 << "";
+    QTest::newRow("numbers, flat") << 0.0 << 1.0 << QVector<double>{4, 4, 4} << 4.0 << 0 << "";
+    QTest::newRow("decimals") << 0.0 << 1.25 << QVector<double>{1, 3.5, 6} << 4.0 << 0 << "1.5";
+    QTest::newRow("a byte, odd slope") << 0.0 << 1.0 << odd << 2.0 << 8 << "255 -1";
+    QTest::newRow("a byte, even slope") << 0.0 << 1.0 << even << 7.0 << 8 << "3 -125";
+    QTest::newRow("a byte, a goal no value gives") << 0.0 << 1.0 << even << 8.0 << 8 << "";
+    QTest::newRow("a byte, the readings wrapped")
+        << 126.0 << 1.0 << QVector<double>{122, 125, 128} << 1.0 << 8 << "171 -85";
+    QTest::newRow("16 bits") << 0.0 << 1.0 << odd << 2.0 << 16 << "65535 -1";
+}
+
+void tst_proof::linesThroughReadings() {
+    QFETCH(double, x0);
+    QFETCH(double, step);
+    QFETCH(QVector<double>, ys);
+    QFETCH(double, goal);
+    QFETCH(int, bits);
+    const double xs[] = {x0, x0 + step, x0 + 2 * step};
+    QStringList found;
+    for (double x : engine::detail::onLine(xs, ys.constData(), goal, bits))
+        found << QString::number(x);
+    QTEST(found.join(' '), "found");
 }
 
 void tst_proof::fixedEnds_data() {

@@ -214,6 +214,10 @@ long long distance(const Run& run, const Target& target, int k);
 // the record matches or nothing changes. The call it came to: the target's at distance 0.
 Call solved(const Call& start, const Target& target, int k);
 
+// The x where the line through three readings reaches `goal`: over the numbers, or, for `bits`
+// above 0, modulo 2^bits, where several x may (each period apart; the first two are given).
+// Nothing when the readings lie on no line.
+QVector<double> onLine(const double xs[3], const double ys[3], double goal, int bits);
 // Whether a piece is variable i's: alone, one it makes by itself (a model member: with no other
 // member, though an argument may have chosen which member it is), else one it helps make.
 bool reaches(const Piece& piece, const QVector<Variable>& variables, int i, bool alone);

@@ -87,37 +87,6 @@ struct Numbers {
     }
 };
 
-// The x where the line through three readings reaches `goal`: over the numbers, or, for `bits`
-// above 0, modulo 2^bits, where several x may (each period apart; the first two are given).
-QVector<double> onLine(const double xs[3], const double ys[3], double goal, int bits) {
-    if (bits <= 0) {
-        const double a = (ys[1] - ys[0]) / (xs[1] - xs[0]);
-        const double c = ys[0] - a * xs[0];
-        if (a == 0 || std::abs(a * xs[2] + c - ys[2]) > 1e-6 * std::max(1.0, std::abs(ys[2])))
-            return {};
-        return {(goal - c) / a};
-    }
-    using U = unsigned long long;
-    const U mask = (U(1) << bits) - 1;
-    const U a = (U(ys[1]) - U(ys[0])) & mask;
-    const U c = (U(ys[0]) - a * U(static_cast<long long>(xs[0]))) & mask;
-    if (a == 0 || ((a * U(static_cast<long long>(xs[2])) + c) & mask) != U(ys[2]))
-        return {};
-    // a = 2^s * odd: solvable when 2^s divides goal - c; then x is known modulo 2^(bits - s).
-    int s = 0;
-    while (!((a >> s) & 1))
-        ++s;
-    const U rest = (U(goal) - c) & mask;
-    if (rest & ((U(1) << s) - 1))
-        return {};
-    const U period = (mask + 1) >> s, odd = a >> s;
-    U inverse = 1; // Newton's iteration for the inverse modulo 2^64
-    for (int step = 0; step < 6; ++step)
-        inverse *= 2 - odd * inverse;
-    const U x = ((rest >> s) * inverse) & (period - 1);
-    return {double(x), double(x) - double(period)};
-}
-
 // One variable read off the target, the others kept.
 class Reader {
 public:
@@ -519,6 +488,35 @@ private:
 };
 
 } // namespace
+
+QVector<double> onLine(const double xs[3], const double ys[3], double goal, int bits) {
+    if (bits <= 0) {
+        const double a = (ys[1] - ys[0]) / (xs[1] - xs[0]);
+        const double c = ys[0] - a * xs[0];
+        if (a == 0 || std::abs(a * xs[2] + c - ys[2]) > 1e-6 * std::max(1.0, std::abs(ys[2])))
+            return {};
+        return {(goal - c) / a};
+    }
+    using U = unsigned long long;
+    const U mask = (U(1) << bits) - 1;
+    const U a = (U(ys[1]) - U(ys[0])) & mask;
+    const U c = (U(ys[0]) - a * U(static_cast<long long>(xs[0]))) & mask;
+    if (a == 0 || ((a * U(static_cast<long long>(xs[2])) + c) & mask) != U(ys[2]))
+        return {};
+    // a = 2^s * odd: solvable when 2^s divides goal - c; then x is known modulo 2^(bits - s).
+    int s = 0;
+    while (!((a >> s) & 1))
+        ++s;
+    const U rest = (U(goal) - c) & mask;
+    if (rest & ((U(1) << s) - 1))
+        return {};
+    const U period = (mask + 1) >> s, odd = a >> s;
+    U inverse = 1; // Newton's iteration for the inverse modulo 2^64
+    for (int step = 0; step < 6; ++step)
+        inverse *= 2 - odd * inverse;
+    const U x = ((rest >> s) * inverse) & (period - 1);
+    return {double(x), double(x) - double(period)};
+}
 
 bool reaches(const Piece& piece, const QVector<Variable>& variables, int i, bool alone) {
     return piece.owners.contains(i) &&
