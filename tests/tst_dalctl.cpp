@@ -109,6 +109,9 @@ void tst_dalctl::badInput_data() {
     QTest::newRow("OSD record, a number for a text")
         << QStringList{"--device", "OSD", "addToQueue", R"({"tag":5})"}
         << "addToQueue: OSD record tag must be a text";
+    QTest::newRow("decode, a text longer than any sent")
+        << QStringList{"decode", QString(70000, 'y')}
+        << "a text of 70000 characters is longer than any a family is sent";
     QTest::newRow("dash list with commas") << QStringList{"setLayerBlackWhiteEffect", "1,0,1"}
                                            << "\"1,0,1\" is not numbers written 1-0-1";
     QTest::newRow("comma list with dashes")
