@@ -106,6 +106,9 @@ void tst_dalctl::badInput_data() {
         << "reads no member \"Text\" of its object; it reads posX, posY,";
     QTest::newRow("record, unknown field") << QStringList{"addToQueue", R"({"nope":1})"}
                                            << "addToQueue: record has no field named nope";
+    QTest::newRow("record, a head not hex")
+        << QStringList{"addToQueue", R"({"head":"0000f01d0105000g"})"}
+        << "addToQueue: record head must be 8 bytes of hex";
     QTest::newRow("OSD record, a number for a text")
         << QStringList{"--device", "OSD", "addToQueue", R"({"tag":5})"}
         << "addToQueue: OSD record tag must be a text";
@@ -180,6 +183,10 @@ void tst_dalctl::answers_data() {
     QTest::newRow("returned, as JSON") << QStringList{"--json", "f_RGBtoInt", "-1", "2", "3"} << 0
                                        << "{\"returned\":\"returned: -65021 (0xffff0203)\"}\n"
                                        << "";
+    QTest::newRow("integers at their range's ends")
+        << QStringList{"f_RGBtoInt", "2147483647", "-2147483648", "0"} << 0
+        << "returned: -65536 (0xffff0000)"
+        << "";
     QTest::newRow("queues nothing")
         << QStringList{"setKeyLed", "1", "1", "1"} << 1 << "no record queued"
         << "warning: setKeyLed: key 1 of kind 1, group 1 is outside the table: its key codes run "
