@@ -220,6 +220,11 @@ void tst_dalctl::answers_data() {
         << QStringList{"decode", "0000f01d010500000001020306"} << 0
         << " 0x240000 0x240100 0x240200 0x910000: setLayerContainerIndex(sceneIndex=1,"
         << "";
+    QTest::newRow("decode, a number no operation sends")
+        << QStringList{"decode", R"({"deviceType":"0x700000","head":"00006a0300000000",)"
+                                 R"("msgCode":5,"timeout":3000})"}
+        << 1 << "closest: DalTarsel::getComBoardVer on native, msgCode is 5 here, 0 sent"
+        << "";
     QTest::newRow("decode, a head with a block it never sends")
         << QStringList{"decode", "00006a0300000000deadbeef"} << 1
         << "closest: DalTarsel::getComBoardVer on native, head as sent, which sends no block; "
