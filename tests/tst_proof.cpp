@@ -567,6 +567,8 @@ void tst_proof::changedRanges_data() {
                                                            << "abXcYde" << false << "2-2* 3-3*";
     QTest::newRow("text aligned where most of it is kept") << "ab"
                                                            << "bcaba" << false << "0-0* 2-2*";
+    QTest::newRow("text, one character dropped, another added") << "Xb"
+                                                                << "bY" << false << "0-1* 2-2*";
     QTest::newRow("text inserted at the end of the start") << "abc"
                                                            << "abXc" << false << "2-2*";
     QTest::newRow("numbers, the commas kept") << "192,168,1,20"
