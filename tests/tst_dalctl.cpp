@@ -104,6 +104,8 @@ void tst_dalctl::badInput_data() {
     QTest::newRow("JSON member not read")
         << QStringList{"setOsdTextForT9", "3000", R"({"Text":"hello"})"}
         << "reads no member \"Text\" of its object; it reads posX, posY,";
+    QTest::newRow("integer below its range") << QStringList{"f_RGBtoInt", "-2147483649", "0", "0"}
+                                             << "-2147483649 is outside -2147483648..2147483647";
     QTest::newRow("record, unknown field") << QStringList{"addToQueue", R"({"nope":1})"}
                                            << "addToQueue: record has no field named nope";
     QTest::newRow("record, a head not hex")
@@ -191,6 +193,9 @@ void tst_dalctl::answers_data() {
         << QStringList{"setKeyLed", "1", "1", "1"} << 1 << "no record queued"
         << "warning: setKeyLed: key 1 of kind 1, group 1 is outside the table: its key codes run "
            "89..168\n";
+    QTest::newRow("list, a wildcard")
+        << QStringList{"list", "getComBoard*"} << 0 << "DalTarsel::getComBoardVerForH7("
+        << "";
     QTest::newRow("list, nothing matches") << QStringList{"list", "nothingmatches"} << 1 << ""
                                            << "dalctl: no operation matches nothingmatches\n";
     QTest::newRow("OSD by name") << QStringList{"--device", "OSD", "clearScreen", "tag1"} << 0
