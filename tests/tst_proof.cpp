@@ -672,9 +672,9 @@ void tst_proof::summaryCutsLongBlocks() {
     model_Protocoldata rec;
     const QString shown = QStringLiteral(" ") + QStringLiteral("5a").repeated(32);
     rec.arryDatablock = QByteArray(32, 0x5a);
-    QVERIFY(recordSummary(rec).endsWith(shown));
+    QVERIFY(recordSummary(rec).endsWith(QStringLiteral("(32)") + shown));
     rec.arryDatablock = QByteArray(33, 0x5a);
-    QVERIFY(recordSummary(rec).endsWith(shown + QStringLiteral("...")));
+    QVERIFY(recordSummary(rec).endsWith(QStringLiteral("(33)") + shown + QStringLiteral("...")));
 }
 
 QTEST_GUILESS_MAIN(tst_proof)
