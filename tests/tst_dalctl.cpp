@@ -230,6 +230,10 @@ void tst_dalctl::answers_data() {
                                  R"("msgCode":5,"timeout":3000})"}
         << 1 << "closest: DalTarsel::getComBoardVer on native, msgCode is 5 here, 0 sent"
         << "";
+    QTest::newRow("decode, a head byte that is the block's length")
+        << QStringList{"decode", "--device", "native", "0000f01d010500000001020306"} << 0
+        << "    head 4: index = 1\n    head 5: length\n"
+        << "";
     QTest::newRow("decode, a head with a block it never sends")
         << QStringList{"decode", "00006a0300000000deadbeef"} << 1
         << "closest: DalTarsel::getComBoardVer on native, head as sent, which sends no block; "
