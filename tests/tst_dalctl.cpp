@@ -176,6 +176,11 @@ void tst_dalctl::answers_data() {
     QTest::newRow("family by code, option last")
         << QStringList{"getComBoardVer", "--device", "0x250400"} << 0 << "device 0x250400 (T3)"
         << "";
+    // A code of no family runs as the native family, without a note that the record went
+    // elsewhere.
+    QTest::newRow("a code of no family") << QStringList{"--device", "0x123456", "getComBoardVer"}
+                                         << 0 << "record 1: device 0x700000 (native)"
+                                         << "dalctl: 0x123456: no family's code; native records\n";
     QTest::newRow("family by decimal code, leading zero")
         << QStringList{"--device", "02425616", "getComBoardVer"} << 0 << "device 0x250310 (T3)"
         << "";
