@@ -104,6 +104,8 @@ void tst_dalctl::badInput_data() {
     QTest::newRow("JSON member not read")
         << QStringList{"setOsdTextForT9", "3000", R"({"Text":"hello"})"}
         << "reads no member \"Text\" of its object; it reads posX, posY,";
+    QTest::newRow("not a boolean") << QStringList{"searchDeviceForVM6S", "3000", "maybe"}
+                                   << "\"maybe\" is not a boolean (true, false, 1 or 0)";
     QTest::newRow("integer below its range") << QStringList{"f_RGBtoInt", "-2147483649", "0", "0"}
                                              << "-2147483649 is outside -2147483648..2147483647";
     QTest::newRow("record, unknown field") << QStringList{"addToQueue", R"({"nope":1})"}
