@@ -241,6 +241,10 @@ void tst_dalctl::answers_data() {
         << QStringList{"decode", "--device", "native", "0000f01d010500000001020306"} << 0
         << "    head 4: index = 1\n    head 5: length\n"
         << "";
+    QTest::newRow("decode, values carried in a byte")
+        << QStringList{"decode", "--device", "native", "0000f01d010500000001020306"} << 0
+        << "carried in part: sub (low byte), index (low byte)\n"
+        << "";
     QTest::newRow("decode, a head with a block it never sends")
         << QStringList{"decode", "00006a0300000000deadbeef"} << 1
         << "closest: DalTarsel::getComBoardVer on native, head as sent, which sends no block; "
