@@ -553,8 +553,6 @@ void tst_proof::editDistances() {
     QCOMPARE(editDistance(b, a, cs), edits);
 }
 
-// What every run of a branch renders alike, which decides whether a target is tried there: too
-// long an end and an operation is never tried, too short and every input tries it.
 // Where a value lands is read off these ranges: a range cut wrong marks the wrong bytes.
 void tst_proof::changedRanges_data() {
     QTest::addColumn<QString>("a");
@@ -625,6 +623,8 @@ void tst_proof::linesThroughReadings() {
     QTEST(found.join(' '), "found");
 }
 
+// What every run of a branch renders alike, which decides whether a target is tried there: too
+// long an end and an operation is never tried, too short and every input tries it.
 void tst_proof::fixedEnds_data() {
     QTest::addColumn<QStringList>("renderings");
     QTest::addColumn<QString>("part");

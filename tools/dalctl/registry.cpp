@@ -55,13 +55,11 @@ int editDistance(QStringView a, QStringView b, Qt::CaseSensitivity cs) {
     thread_local std::vector<int> maskOf(0x10000, -1); // by character: where its rows' bits start
     thread_local std::vector<quint64> masks, rises, falls;
     masks.clear();
-    std::vector<char16_t> seen;
     for (int i = 0; i < m; ++i) {
         int& at = maskOf[fold(a[i])];
         if (at < 0) {
             at = int(masks.size());
             masks.resize(masks.size() + size_t(words));
-            seen.push_back(fold(a[i]));
         }
         masks[size_t(at + i / 64)] |= 1ULL << (i % 64);
     }
@@ -88,8 +86,8 @@ int editDistance(QStringView a, QStringView b, Qt::CaseSensitivity cs) {
         }
         distance += carry;
     }
-    for (char16_t c : seen)
-        maskOf[c] = -1;
+    for (QChar c : a)
+        maskOf[fold(c)] = -1;
     return distance;
 }
 
