@@ -113,6 +113,9 @@ void tst_dalctl::badInput_data() {
     QTest::newRow("record, a head not hex")
         << QStringList{"addToQueue", R"({"head":"0000f01d0105000g"})"}
         << "addToQueue: record head must be 8 bytes of hex";
+    QTest::newRow("record, a number past 64 bits")
+        << QStringList{"decode", R"({"head":"00006a0300000000","timeout":1e19})"}
+        << "JSON record (line 1): record timeout must be a number";
     QTest::newRow("OSD record, a number for a text")
         << QStringList{"--device", "OSD", "addToQueue", R"({"tag":5})"}
         << "addToQueue: OSD record tag must be a text";

@@ -386,8 +386,11 @@ QJsonObject asJson(const Rec& rec) {
 // Sets one field from its JSON value; false when the value is not of its kind.
 template <class Rec>
 bool setField(const Field<Rec>& f, Rec& rec, const QJsonValue& value) {
-    bool ok = value.isDouble();
-    QVariant v = qlonglong(ok ? value.toDouble() : 0);
+    // A number past what 64 bits hold is no field's value (converting it would be undefined).
+    constexpr double kPast64Bits = 9223372036854775808.0; // 2^63
+    const double number = value.toDouble();
+    bool ok = value.isDouble() && number >= -kPast64Bits && number < kPast64Bits;
+    QVariant v = qlonglong(ok ? number : 0);
     if (f.kind == Kind::Device) // a code no family has is still a record's: probes carry 0
         v = value.isString() ? value.toString().toInt(&ok, 0) : value.toInt();
     if (f.kind == Kind::Text) {
