@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <string>
 #include <vector>
 
 #include <unistd.h>
@@ -168,9 +169,16 @@ long long explainStream(int in, std::FILE* out, const Device* device, bool json)
     constexpr int kChunk = 1 << 16;
     std::vector<char> chunk(kChunk);
     QByteArray buffer; // the unfinished line, then the chunk read after it
+    // What a chunk's lines make, written in one go: a write per line costs more than the proofs.
+    std::string written;
     long long number = 0, answered = 0;
-    const auto write = [out](const char* bytes, int size) {
-        std::fwrite(bytes, 1, std::size_t(size), out);
+    const auto write = [&written](const char* bytes, int size) {
+        written.append(bytes, std::size_t(size));
+    };
+    const auto flush = [&written, out] {
+        std::fwrite(written.data(), 1, written.size(), out);
+        std::fflush(out);
+        written.clear();
     };
     for (;;) {
         const ssize_t n = ::read(in, chunk.data(), chunk.size());
@@ -187,10 +195,10 @@ long long explainStream(int in, std::FILE* out, const Device* device, bool json)
                                  ++number, write);
         buffer.remove(0, start);
         // What was read is written before waiting for more: a pipe is followed as it grows.
-        std::fflush(out);
+        flush();
     }
     if (!buffer.isEmpty()) // the last line, without its line end
         answered += annotate(buffer.constData(), buffer.size(), device, json, ++number, write);
-    std::fflush(out);
+    flush();
     return answered;
 }
