@@ -247,6 +247,9 @@ private slots:
                 }
                 if (expected.isEmpty() && str(result, "refused").isEmpty())
                     QVERIFY2(notes.join(' ').contains("queues nothing"), qPrintable(name));
+                // What the call gave back carries its own labels.
+                if (!str(result, "returned").isEmpty())
+                    QVERIFY2(notes.contains(family + str(result, "returned")), qPrintable(name));
                 // What the page shows for an operation on T3 (the data, as compared) is what
                 // dalctl prints for it.
                 if ((name == "getComBoardVer" || name == "setSupplierName") && family == "T3") {
