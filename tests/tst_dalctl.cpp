@@ -231,6 +231,9 @@ void tst_dalctl::answers_data() {
         << QStringList{"decode", "0000f1255b000000"} << 0
         << "8-byte head on 0x220000: geth264inputrtsp(source=5, channel=11)"
         << "";
+    QTest::newRow("decode, an OSD frame on its family")
+        << QStringList{"decode", "0000fedc02000000000d0a"} << 0
+        << "  OSD frame on OSD: dal_Osd::clearScreen()" << "";
     QTest::newRow("decode, codes alike in one line")
         << QStringList{"decode", "0000f01d010500000001020306"} << 0
         << " 0x240000 0x240100 0x240200 0x910000: setLayerContainerIndex(sceneIndex=1,"

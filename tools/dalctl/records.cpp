@@ -79,7 +79,7 @@ unsigned deviceTraits(int code) {
 bool Device::apart() const { return deviceTraits(code) != deviceTraits(family->code); }
 
 QString Device::name() const {
-    if (family->codes.contains(code))
+    if (ofFamily())
         return family->name;
     QStringList codes{deviceCodeText(code)};
     for (int other : alike)
