@@ -231,6 +231,10 @@ void tst_dalctl::answers_data() {
         << QStringList{"decode", "0000f1255b000000"} << 0
         << "8-byte head on 0x220000: geth264inputrtsp(source=5, channel=11)"
         << "";
+    QTest::newRow("decode, a text one character past the closest")
+        << QStringList{"decode", R"({"Datablock":"Command=GetVersionx","dataType":2,)"
+                                 R"("deviceType":"0x250300","head":"00006a0300000000"})"}
+        << 1 << "on T9, whose text ends sooner; 1 more characters here" << "";
     QTest::newRow("decode, an OSD frame on its family")
         << QStringList{"decode", "0000fedc02000000000d0a"} << 0
         << "  OSD frame on OSD: dal_Osd::clearScreen()" << "";
