@@ -30,10 +30,12 @@ namespace {
 void quiet(QtMsgType, const QMessageLogContext&, const QString&) {}
 
 void decode(const QByteArray& input, const Device* device) {
-    const Decoded decoded = decodeInput(input, device, false, [](const Decoding& record) {
-        record.text();
-        QJsonDocument(record.json()).toJson(QJsonDocument::Compact);
-    });
+    const Decoded decoded =
+        decodeInput(input, device, false, [](const Decoding& record, int proven) {
+            record.text(std::max(proven - 1, 0), proven);
+            if (proven == record.readings.size())
+                QJsonDocument(record.json()).toJson(QJsonDocument::Compact);
+        });
     for (const Decoding& record : decoded.records)
         for (const Reading& reading : record.readings)
             for (const engine::Answer& a : reading.result.answers) {

@@ -309,6 +309,7 @@ private slots:
     void linesThroughReadings_data();
     void linesThroughReadings();
     void summaryCutsLongBlocks();
+    void readingsAsProven();
 };
 
 void tst_proof::roundTrip_data() {
@@ -675,6 +676,27 @@ void tst_proof::summaryCutsLongBlocks() {
     QVERIFY(recordSummary(rec).endsWith(QStringLiteral("(32)") + shown));
     rec.arryDatablock = QByteArray(33, 0x5a);
     QVERIFY(recordSummary(rec).endsWith(QStringLiteral("(33)") + shown + QStringLiteral("...")));
+}
+
+// decode gives each reading as soon as it is proven, before the next is tried; the pieces it
+// gives make the whole record's text.
+void tst_proof::readingsAsProven() {
+    const Device native = *deviceNamed(QStringLiteral("native"));
+    QVector<int> counts;
+    QString pieces;
+    bool laterProven = false;
+    const Decoded d = decodeInput(
+        "0000f05805040000414243c6", &native, false, [&](const Decoding& record, int proven) {
+            counts << proven;
+            pieces += record.text(std::max(proven - 1, 0), proven);
+            for (int i = proven; i < record.readings.size(); ++i)
+                laterProven |= record.readings[i].result.closest ||
+                               !record.readings[i].result.answers.isEmpty();
+        });
+    QCOMPARE(d.records.size(), 1);
+    QCOMPARE(counts, QVector<int>({1, 2, 3})); // 5-byte head, 8-byte head, text
+    QVERIFY(!laterProven);
+    QCOMPARE(pieces, d.records[0].text());
 }
 
 QTEST_GUILESS_MAIN(tst_proof)

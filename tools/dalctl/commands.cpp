@@ -490,12 +490,16 @@ int runDecode(Context& c) {
         input.chop(input.endsWith("\r\n") ? 2 : input.endsWith('\n') ? 1 : 0);
     }
     const bool json = c.parser.isSet("json");
-    const Decoded decoded = decodeInput(input, c.device ? &*c.device : nullptr,
-                                        c.parser.isSet("as-text"), [json](const Decoding& record) {
-                                            out()
-                                                << (json ? jsonLine(record.json()) : record.text());
-                                            out().flush();
-                                        });
+    // A reading is printed as soon as it is proven; a JSON line once its record is made.
+    const auto print = [json](const Decoding& record, int proven) {
+        if (!json)
+            out() << record.text(std::max(proven - 1, 0), proven);
+        else if (proven == record.readings.size())
+            out() << jsonLine(record.json());
+        out().flush();
+    };
+    const Decoded decoded =
+        decodeInput(input, c.device ? &*c.device : nullptr, c.parser.isSet("as-text"), print);
     if (!decoded.error.isEmpty())
         throw BadInput{decoded.error};
     const bool everyFound = std::all_of(decoded.records.begin(), decoded.records.end(),

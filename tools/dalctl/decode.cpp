@@ -287,9 +287,10 @@ bool Decoding::found() const {
                        [](const Reading& r) { return !answersOf(r).lines.isEmpty(); });
 }
 
-QString Decoding::text() const {
-    QString out = what + QLatin1Char('\n');
-    for (const Reading& r : readings) {
+QString Decoding::text(int from, int to) const {
+    QString out = from == 0 ? what + QLatin1Char('\n') : QString();
+    for (int i = from; i < to; ++i) {
+        const Reading& r = readings[i];
         const Answers answers = answersOf(r);
         const QStringList& anyText = answers.anyTextOperations;
         if (r.alternative && answers.lines.isEmpty() && found())
@@ -352,7 +353,7 @@ QJsonObject Decoding::json() const {
 }
 
 Decoded decodeInput(const QByteArray& input, const Device* device, bool asText,
-                    const std::function<void(const Decoding&)>& each) {
+                    const std::function<void(const Decoding&, int proven)>& each) {
     if (input.trimmed().isEmpty())
         return refuse(QStringLiteral("nothing to decode"));
     // Sized: Qt 5's overload for a QByteArray stops at a NUL, which a text may hold.
@@ -388,7 +389,10 @@ Decoded decodeInput(const QByteArray& input, const Device* device, bool asText,
     // Everything has been read before anything is run.
     Decoded d;
     for (Decoding& record : records) {
-        for (Reading& r : record.readings) {
+        if (each && record.readings.isEmpty())
+            each(record, 0);
+        for (int i = 0; i < record.readings.size(); ++i) {
+            Reading& r = record.readings[i];
             r.result = engine::prove(r.target, r.devices);
             // A text padded by a paste is read trimmed where only that finds a specific answer.
             if (!specific(r.result) && r.orElse && r.orElse->parts != r.target.parts) {
@@ -396,10 +400,10 @@ Decoded decodeInput(const QByteArray& input, const Device* device, bool asText,
                 if (specific(trimmed) || r.result.answers.isEmpty())
                     r.result = std::move(trimmed);
             }
+            if (each)
+                each(record, i + 1);
         }
         d.records << record;
-        if (each)
-            each(record);
     }
     return d;
 }

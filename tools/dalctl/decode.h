@@ -32,7 +32,10 @@ struct Decoding {
     QVector<Reading> readings;
 
     bool found() const;
-    QString text() const; // `what`, then each reading's answers, or what came closest
+    // `what`, then each reading's answers, or what came closest; of the readings [from, to) only,
+    // `what` with the first.
+    QString text() const { return text(0, int(readings.size())); }
+    QString text(int from, int to) const;
     QJsonObject json() const;
 };
 
@@ -48,6 +51,7 @@ struct Decoded {
 // text that a family is sent; `asText`: the input is such a text, though it reads otherwise.
 // `device`, when given, is where the records went. Input
 // that cannot be read is refused before anything is run; then `each`, when given, is called
-// with each record's decoding as soon as it is made.
+// with each record's decoding as each of its readings is proven, with the count proven so far
+// (once, with 0, for a record of no readings): a count of all its readings says it is made.
 Decoded decodeInput(const QByteArray& input, const Device* device, bool asText = false,
-                    const std::function<void(const Decoding&)>& each = {});
+                    const std::function<void(const Decoding&, int proven)>& each = {});
