@@ -32,7 +32,7 @@ void quiet(QtMsgType, const QMessageLogContext&, const QString&) {}
 void decode(const QByteArray& input, const Device* device) {
     const Decoded decoded =
         decodeInput(input, device, false, [](const Decoding& record, int proven) {
-            record.text(std::max(proven - 1, 0), proven);
+            record.textAsProven(proven);
             if (proven == record.readings.size())
                 QJsonDocument(record.json()).toJson(QJsonDocument::Compact);
         });

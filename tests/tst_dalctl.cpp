@@ -234,10 +234,12 @@ void tst_dalctl::answers_data() {
     QTest::newRow("decode, a text one character past the closest")
         << QStringList{"decode", R"({"Datablock":"Command=GetVersionx","dataType":2,)"
                                  R"("deviceType":"0x250300","head":"00006a0300000000"})"}
-        << 1 << "on T9, whose text ends sooner; 1 more characters here" << "";
+        << 1 << "on T9, whose text ends sooner; 1 more characters here"
+        << "";
     QTest::newRow("decode, an OSD frame on its family")
         << QStringList{"decode", "0000fedc02000000000d0a"} << 0
-        << "  OSD frame on OSD: dal_Osd::clearScreen()" << "";
+        << "  OSD frame on OSD: dal_Osd::clearScreen()"
+        << "";
     QTest::newRow("decode, codes alike in one line")
         << QStringList{"decode", "0000f01d010500000001020306"} << 0
         << " 0x240000 0x240100 0x240200 0x910000: setLayerContainerIndex(sceneIndex=1,"

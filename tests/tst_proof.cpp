@@ -688,7 +688,7 @@ void tst_proof::readingsAsProven() {
     const Decoded d = decodeInput(
         "0000f05805040000414243c6", &native, false, [&](const Decoding& record, int proven) {
             counts << proven;
-            pieces += record.text(std::max(proven - 1, 0), proven);
+            pieces += record.textAsProven(proven);
             for (int i = proven; i < record.readings.size(); ++i)
                 laterProven |= record.readings[i].result.closest ||
                                !record.readings[i].result.answers.isEmpty();

@@ -493,7 +493,7 @@ int runDecode(Context& c) {
     // A reading is printed as soon as it is proven; a JSON line once its record is made.
     const auto print = [json](const Decoding& record, int proven) {
         if (!json)
-            out() << record.text(std::max(proven - 1, 0), proven);
+            out() << record.textAsProven(proven);
         else if (proven == record.readings.size())
             out() << jsonLine(record.json());
         out().flush();

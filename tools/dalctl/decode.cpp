@@ -287,36 +287,41 @@ bool Decoding::found() const {
                        [](const Reading& r) { return !answersOf(r).lines.isEmpty(); });
 }
 
-QString Decoding::text(int from, int to) const {
-    QString out = from == 0 ? what + QLatin1Char('\n') : QString();
-    for (int i = from; i < to; ++i) {
-        const Reading& r = readings[i];
-        const Answers answers = answersOf(r);
-        const QStringList& anyText = answers.anyTextOperations;
-        if (r.alternative && answers.lines.isEmpty() && found())
-            continue;
-        if (answers.lines.isEmpty() && anyText.isEmpty()) {
-            out += QStringLiteral("  %1: no operation sends it").arg(r.label);
-            if (r.result.closest)
-                out += QStringLiteral("; ") + r.result.closest->text();
-            out += QLatin1Char('\n');
-            continue;
-        }
-        for (const Line& line : answers.lines) {
-            out += QStringLiteral("  %1 on %2: %3\n")
-                       .arg(r.label, line.devices.join(QLatin1Char(' ')), line.text);
-            out += QStringLiteral("    replay: %1\n").arg(line.answer->replay());
-            for (const engine::ByteName& b : line.answer->bytes)
-                out += bytesLine(b);
-        }
-        if (!anyText.isEmpty())
-            out +=
-                QStringLiteral("  %1 on %2: any text at all, sent as it stands by %3: %4\n")
-                    .arg(r.label, answers.anyTextDevices.join(QLatin1Char(' ')),
-                         anyText.size() == 1 ? QStringLiteral("1 operation")
-                                             : QStringLiteral("%1 operations").arg(anyText.size()),
-                         anyText.join(QStringLiteral(", ")));
+QString Decoding::text() const {
+    QString out = what + QLatin1Char('\n');
+    for (const Reading& r : readings)
+        out += readingText(r);
+    return out;
+}
+
+QString Decoding::textAsProven(int proven) const {
+    return (proven <= 1 ? what + QLatin1Char('\n') : QString()) +
+           (proven > 0 ? readingText(readings[proven - 1]) : QString());
+}
+
+QString Decoding::readingText(const Reading& r) const {
+    const Answers answers = answersOf(r);
+    const QStringList& anyText = answers.anyTextOperations;
+    if (r.alternative && answers.lines.isEmpty() && found())
+        return QString();
+    if (answers.lines.isEmpty() && anyText.isEmpty())
+        return QStringLiteral("  %1: no operation sends it").arg(r.label) +
+               (r.result.closest ? QStringLiteral("; ") + r.result.closest->text() : QString()) +
+               QLatin1Char('\n');
+    QString out;
+    for (const Line& line : answers.lines) {
+        out += QStringLiteral("  %1 on %2: %3\n")
+                   .arg(r.label, line.devices.join(QLatin1Char(' ')), line.text);
+        out += QStringLiteral("    replay: %1\n").arg(line.answer->replay());
+        for (const engine::ByteName& b : line.answer->bytes)
+            out += bytesLine(b);
     }
+    if (!anyText.isEmpty())
+        out += QStringLiteral("  %1 on %2: any text at all, sent as it stands by %3: %4\n")
+                   .arg(r.label, answers.anyTextDevices.join(QLatin1Char(' ')),
+                        anyText.size() == 1 ? QStringLiteral("1 operation")
+                                            : QStringLiteral("%1 operations").arg(anyText.size()),
+                        anyText.join(QStringLiteral(", ")));
     return out;
 }
 

@@ -32,11 +32,14 @@ struct Decoding {
     QVector<Reading> readings;
 
     bool found() const;
-    // `what`, then each reading's answers, or what came closest; of the readings [from, to) only,
-    // `what` with the first.
-    QString text() const { return text(0, int(readings.size())); }
-    QString text(int from, int to) const;
+    QString text() const; // `what`, then each reading's answers, or what came closest
+    // What the text gains once `proven` readings are: that reading's lines, after `what` for
+    // the first (`what` alone for a record of no readings).
+    QString textAsProven(int proven) const;
     QJsonObject json() const;
+
+private:
+    QString readingText(const Reading& r) const;
 };
 
 struct Decoded {
